@@ -1,0 +1,25 @@
+// NoDestructor<T>: a T built in place and never destroyed. Process-wide tables and their locks
+// live in such storage, built at first use, so that a client library calling in during its
+// static initialisation or at exit never meets a table that is not there (or no longer there).
+#pragma once
+
+#include <new>
+#include <utility>
+
+template <typename T>
+class NoDestructor {
+ public:
+  template <typename... Args>
+  explicit NoDestructor(Args&&... args) {
+    new (storage_) T(std::forward<Args>(args)...);
+  }
+  NoDestructor(const NoDestructor&) = delete;
+  NoDestructor& operator=(const NoDestructor&) = delete;
+
+  T* get() { return reinterpret_cast<T*>(storage_); }
+  T& operator*() { return *get(); }
+  T* operator->() { return get(); }
+
+ private:
+  alignas(T) unsigned char storage_[sizeof(T)];
+};

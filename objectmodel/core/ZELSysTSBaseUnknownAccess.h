@@ -1,0 +1,41 @@
+// ZELSysTSBaseUnknownAccess: the library's own access to the private fields of
+// ZELSysTSBaseUnknown (the count, the link and the lock count), for the extension chain, the
+// adapters and the ties, and for tests. Link and chain are touched only under the object's lock
+// (when it has one).
+#pragma once
+
+#include <cstdint>
+
+#include "ZELSysTSBaseUnknown.h"
+
+class ZELSysTSChainExtension;
+
+struct ZELSysTSBaseUnknownAccess {
+  static uint32_t Count(const ZELSysTSBaseUnknown* o) { return o->reference_count; }
+  static int32_t LockCount(const ZELSysTSBaseUnknown* o) { return o->lock_count; }
+  static void* Link(const ZELSysTSBaseUnknown* o) { return o->link; }
+  static void SetLink(ZELSysTSBaseUnknown* o, void* link) { o->link = link; }
+  static ZELSysTSChainExtension* ChainHead(const ZELSysTSBaseUnknown* o) {
+    return static_cast<ZELSysTSChainExtension*>(o->link);
+  }
+  static ZELSysTSBaseUnknown* Extended(const ZELSysTSBaseUnknown* o) {
+    return static_cast<ZELSysTSBaseUnknown*>(o->link);
+  }
+};
+
+// Locks an object for a scope when it has a mutex; does nothing for an object without one.
+class ScopedObjectLock {
+ public:
+  explicit ScopedObjectLock(ZELSysTSBaseUnknown* object)
+      : object_(object != nullptr && object->HasMutex() ? object : nullptr) {
+    if (object_ != nullptr) object_->Lock();
+  }
+  ~ScopedObjectLock() {
+    if (object_ != nullptr) object_->Unlock();
+  }
+  ScopedObjectLock(const ScopedObjectLock&) = delete;
+  ScopedObjectLock& operator=(const ScopedObjectLock&) = delete;
+
+ private:
+  ZELSysTSBaseUnknown* object_;
+};

@@ -1,0 +1,88 @@
+// DicoStore: the process-wide in-memory dictionary.
+//
+// Records (DicoEntry) are reachable by (class name, interface name) through the name table and
+// by (class identifier, interface identifier) through the GUID table, each of 4096 buckets with
+// chains in order of first insertion. One record may hang in both tables (a record is linked at
+// most once in each). The store owns every record and node; nothing is ever removed, so a
+// returned record stays valid for the life of the process.
+//
+// Thread safety: the dictionary lock (DictionaryLock(), recursive) guards both tables, the
+// initialised flag and the fields of every record except reads of `creator`. It is taken again
+// by the thread that holds it: the loader holds it for the whole reading of the files, and
+// registration holds it across a find-or-create. Pools are interned under it (pools' locks are
+// innermost). Buckets are computed before the lock is taken.
+//
+// Messages: a failed insert (a conflict, a name that cannot be interned, no memory) writes
+// "Problem allocating structure dico\n" to standard error, once per failed insert.
+#pragma once
+
+#include <cstdint>
+
+#include "ZELSysTSMetaClass.h"
+#include "ZELSysTSMutex.h"
+#include "ZELSysTSTypes.h"
+#include "dictionary/DicoEntry.h"
+
+class DicoStore {
+ public:
+  static constexpr int kBuckets = 4096;
+
+  // ---- the store itself -------------------------------------------------------------------
+
+  // The dictionary lock, constructed at first use and never destroyed.
+  static ZELSmartMutex& DictionaryLock();
+  // Clears both tables once (under the dictionary lock).
+  static void Initialize();
+  // True once Initialize has run.
+  static bool IsInitialized();
+
+  // Signed-byte weighted sums (weights from 1) of each name, xor'ed, |h % 4096|.
+  static int NameBucket(const char* className, const char* interfaceName);
+  // The same over the 16 bytes of each GUID.
+  static int GuidBucket(const _GUID* classId, const _GUID* interfaceId);
+
+  // Insert or merge by names. cls and itf are the key; lib, leaf, ext and fn may be null; rec is
+  // an existing record to link under the names, or null. Fills only empty fields; a leading
+  // "lib" of lib is cut off. Returns the record that now holds the pair, or null: silently for a
+  // null key, with the message for a conflict or an interning failure (nothing changed then).
+  static DicoEntry* InsertByNames(const char* cls, const char* itf, const char* lib,
+                                  const char* leaf, const char* ext, void* fn, DicoEntry* rec);
+  // Insert or merge by GUIDs. fn must not be null (null gives null silently). Returns the record
+  // that now holds the pair, or null with the message on a conflict (null GUID fields of the
+  // target may have been set by then).
+  static DicoEntry* InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec);
+
+  // Plain lookups under the dictionary lock; null when nothing is recorded. Never read files.
+  static DicoEntry* FindByNames(const char* className, const char* interfaceName);
+  static DicoEntry* FindByGuids(const _GUID* classId, const _GUID* interfaceId);
+
+  // ---- meta object records ----------------------------------------------------------------
+
+  // Records one entry under (clsid, iid) and (cls, itf) at once, merged with a record that the
+  // dictionary files made for the names. Returns the record, or null. Never reads the files.
+  static DicoEntry* Register(const _GUID* clsid, const _GUID* iid, const char* cls,
+                             const char* itf, const char* lib, void* fn);
+  // The meta object recorded for className (its (className, "MetaObject") record), or null.
+  // Never reads the files.
+  static ZELSysTSMetaClass* FindMetaObject(const char* className);
+
+  // ---- queries ----------------------------------------------------------------------------
+
+  // loadFlag 1: have the dictionary files read first (DicoLoader::Load); any other value looks
+  // only at what the store holds now. Both identifiers must be non-null.
+  static DicoEntry* LookupByGuids(const _GUID* classId, const _GUID* interfaceId,
+                                  int16_t loadFlag);
+  // As LookupByGuids; null when either name is null.
+  static DicoEntry* LookupByNames(const char* className, const char* interfaceName,
+                                  int16_t loadFlag);
+  // The meta object recorded under (classId, CLSID_ZELSysTSMetaClass), or null. Reads the files
+  // first.
+  static ZELSysTSMetaClass* MetaObjectOfClassId(const _GUID* classId);
+  // The name of a GUID: a registered meta object's class name first, then the interface
+  // identifier table's name, else null. Reads the files first.
+  static const char* NameOfGuid(const _GUID* guid);
+
+  // Test seam: the allocation function for records and nodes (calloc-like: zero-filled memory of
+  // the given size, malloc+memset by default); null restores the default.
+  static void SetAllocatorForTesting(void* (*allocate)(size_t));
+};

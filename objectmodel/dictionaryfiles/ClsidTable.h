@@ -1,0 +1,35 @@
+// ClsidTable: the class identifier table, filled from ".clsidts" files: CLSID -> class name and
+// the library that creates the class's objects (as written in the file, no prefix removed).
+//
+// 1024 buckets by IdentifierBucket; new nodes at the end of their chain; an entry is never
+// changed or removed (a later line cannot add a library to an entry made without one).
+//
+// Thread safety: inserts run only during the load of the dictionary files, under the dictionary
+// lock that the loader holds; Find runs after DicoLoader::Load. TableLock() guards only the
+// one-time initialisation.
+#pragma once
+
+#include "ZELSysTSMutex.h"
+#include "ZELSysTSTypes.h"
+
+struct ClsidEntry {
+  const _GUID* class_id;      // pooled
+  const char* class_name;     // pooled
+  const char* library_name;   // pooled, or null
+};
+
+class ClsidTable {
+ public:
+  static constexpr int kBuckets = 1024;
+
+  // The entry that now stands for clsid, or null when the line conflicts with it (another class
+  // name, or another library where both have one). libraryName may be null.
+  static const ClsidEntry* Insert(const _GUID& clsid, const char* className,
+                                  const char* libraryName);
+  // The entry of clsid, or null.
+  static const ClsidEntry* Find(const _GUID& clsid);
+  // Clears the buckets once.
+  static void Initialize();
+  // The lock of the one-time initialisation (constructed at first use, never destroyed).
+  static ZELSmartMutex& TableLock();
+};

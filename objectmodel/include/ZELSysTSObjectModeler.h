@@ -1,0 +1,12 @@
+// The object model: include this header and nothing else.
+#pragma once
+
+#include "ZELSysTSBOAInternal.h"
+#include "ZELSysTSBaseUnknown.h"
+#include "ZELSysTSConvertStringToGUID.h"
+#include "ZELSysTSFindOrCreateMetaObject.h"
+#include "ZELSysTSMetaClass.h"
+#include "ZELSysTSObjectCreation.h"
+#include "ZELSysTSRefCounterUnknown.h"
+#include "ZELSysTSTIEInternal.h"
+#include "ZELSysTSTypes.h"

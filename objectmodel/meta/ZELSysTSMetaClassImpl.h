@@ -1,0 +1,50 @@
+// ZELSysTSMetaClassImpl: meta object of an implementation class (kind 1). Adds the interface
+// table: the answers already found for this class, sorted by IID so that a repeated
+// QueryInterface is one binary search, including remembered negative answers (AbsentMarker()).
+//
+// Thread safety: the table (itf_table, itf_count, itf_capacity) is read and written only under
+// `mutex`, locked separately for each lookup and each recording; no lock of this class is held
+// while the dictionary is searched or a library is loaded. Two threads resolving the same
+// interface at once may both record it; both get the same creator.
+#pragma once
+
+#include <cstdint>
+
+#include "meta/ZELSysTSMetaClassBase.h"
+
+struct ItfTableEntry {
+  const _GUID* iid;                  // pooled
+  ZELSysTSInterfaceCreator creator;  // or AbsentMarker()
+};
+
+class ZELSysTSMetaClassImpl : public ZELSysTSMetaClassBase {
+ public:
+  // Empty interface table.
+  ZELSysTSMetaClassImpl(const _GUID* classId, const char* className, ZELSysTSMetaClass* baseMeta);
+  ~ZELSysTSMetaClassImpl() override;
+
+  // Table, then dictionary and libraries, then the base class; every answer is recorded.
+  ZELSysTSInterfaceCreator FindInterfaceCreator(const _GUID& iid) override;
+  // What the table records for iid (a creator or AbsentMarker()), or null.
+  ZELSysTSInterfaceCreator LookupInterface(const _GUID& iid);
+  // Appends (iid, creator) and sorts the table. Past 65,532 entries nothing more is recorded.
+  void RecordInterface(const _GUID& iid, ZELSysTSInterfaceCreator creator);
+  // The creator found through the dictionary and the implementation libraries, or null.
+  ZELSysTSInterfaceCreator FindInDictionary(const _GUID& iid);
+
+  // The private marker recorded for "searched before, not found"; never handed to callers.
+  static ZELSysTSInterfaceCreator AbsentMarker();
+  // IID order: four little-endian 32-bit words in memory order, first difference decides.
+  static int CompareIid(const _GUID* a, const _GUID* b);
+
+  // Introspection for tests, under the mutex.
+  uint16_t ItfCountForTesting();
+  uint16_t ItfCapacityForTesting();
+  ItfTableEntry ItfEntryForTesting(uint16_t index);
+
+ protected:
+  // Guarded by mutex.
+  ItfTableEntry* itf_table;
+  uint16_t itf_count;
+  uint16_t itf_capacity;
+};

@@ -1,0 +1,46 @@
+// ZELMutex and ZELSmartMutex: the mutexes of the framework's system library.
+//
+// A ZELSmartMutex is one handle. Built with 0 it owns a recursive mutex: the thread that holds it
+// may lock it again, and must unlock it as many times. Built with 1 it owns no mutex and its
+// handle is null; LockF and UnlockF must not be called on it then (callers test Handle() first).
+//
+// LockF and UnlockF are ordinary (non-virtual, inline) member functions of ZELMutex so that they
+// can be taken as pointer-to-member functions and still cost no more than the pthread calls they
+// wrap: the uncontended lock/unlock pair sits on the hot path of every QueryInterface.
+//
+// Thread safety: LockF/UnlockF may be called from any thread. Construction and destruction are
+// not synchronised; the owner constructs before sharing and destroys after the last use.
+#pragma once
+
+#include <pthread.h>
+
+#include "ZELSysTSPlatformExport.h"
+
+class ZELSYSTS_PLATFORM_EXPORT ZELMutex {
+ public:
+  // Acquires the mutex; blocks while another thread holds it. Returns the pthread status (0).
+  int LockF() { return pthread_mutex_lock(handle_); }
+  // Releases one level of the mutex held by the calling thread. Returns the pthread status (0).
+  int UnlockF() { return pthread_mutex_unlock(handle_); }
+
+  // The underlying mutex, or null for a ZELSmartMutex built with 1.
+  pthread_mutex_t* Handle() const { return handle_; }
+
+ protected:
+  ZELMutex() = default;
+  ~ZELMutex() = default;
+  pthread_mutex_t* handle_ = nullptr;
+};
+
+class ZELSYSTS_PLATFORM_EXPORT ZELSmartMutex : public ZELMutex {
+ public:
+  // noMutex == 0: allocates and initialises a recursive mutex.
+  // noMutex != 0: holds no mutex; Handle() is null.
+  // If the mutex cannot be allocated the handle stays null (the object then behaves as unlocked).
+  explicit ZELSmartMutex(int noMutex);
+  // Destroys and frees the mutex, if any. It must not be held by another thread.
+  ~ZELSmartMutex();
+
+  ZELSmartMutex(const ZELSmartMutex&) = delete;
+  ZELSmartMutex& operator=(const ZELSmartMutex&) = delete;
+};

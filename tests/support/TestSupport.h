@@ -1,0 +1,67 @@
+// Helpers shared by the tests: temporary folders with files, capture of standard error, and
+// environment variables set for one scope.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zeltest {
+
+// A fresh directory under $TMPDIR (or /tmp), removed with its content at the end of the scope.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::string& path() const { return path_; }
+  // Writes (or overwrites) a file below the directory; creates sub-directories as needed.
+  // Returns the full path.
+  std::string Write(const std::string& relative, const std::string& content) const;
+  // Creates a sub-directory and returns its full path.
+  std::string MakeDir(const std::string& relative) const;
+
+ private:
+  std::string path_;
+};
+
+// Captures everything written to file descriptor 2 between construction and Take() (or the
+// end of the scope), by redirecting it to a temporary file. Flushes stderr at both ends.
+class StderrCapture {
+ public:
+  StderrCapture();
+  ~StderrCapture();
+  StderrCapture(const StderrCapture&) = delete;
+  StderrCapture& operator=(const StderrCapture&) = delete;
+
+  // Stops capturing (if still capturing) and returns what was written.
+  std::string Take();
+
+ private:
+  int saved_fd_ = -1;
+  std::string file_;
+  std::string text_;
+  bool done_ = false;
+};
+
+// Sets (value non-null) or removes (value null) an environment variable; the previous state is
+// restored at the end of the scope.
+class ScopedEnv {
+ public:
+  ScopedEnv(const char* name, const char* value);
+  ~ScopedEnv();
+  ScopedEnv(const ScopedEnv&) = delete;
+  ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+ private:
+  std::string name_;
+  std::string old_;
+  bool had_ = false;
+};
+
+// The directory of the source tree / build tree, as CTest passes them; "." when unset.
+std::string SourceDir();
+std::string BinaryDir();
+
+}  // namespace zeltest

@@ -1,0 +1,118 @@
+// The one reading of the dictionary files.
+//
+// Atomic, read without a lock: the loaded flag. It goes from 0 to 1 once, after a completed walk,
+// behind a full fence; whoever sees it set may read the store and the identifier tables without
+// locking, since nothing changes them after the walk.
+//
+// Under the dictionary lock (DicoStore::DictionaryLock(), recursive): the whole load attempt,
+// from the second test of the flag to its setting. The readers' inserts into the store take the
+// same lock again on this thread; the identifier tables' inserts take none (this lock serialises
+// them); the pools' locks nest inside.
+#include "dictionaryfiles/DicoLoader.h"
+
+#include <dirent.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "ZELSysTSStrtok.h"
+#include "core/ScopedLock.h"
+#include "dictionary/DicoStore.h"
+#include "dictionaryfiles/DictionaryReaders.h"
+#include "dictionaryfiles/SeenFileSet.h"
+
+namespace {
+
+std::atomic<uint8_t> g_loaded{0};
+
+// The three readers, stateless, used through the reader interface only.
+struct Readers {
+  ZELSysTSDicReader dicts;
+  ZELSysTSIidReader iidts;
+  ZELSysTSClsidReader clsidts;
+
+  ZELSysTSDictionaryReader* ForKind(int kind) {
+    switch (static_cast<DicoFileKind>(kind)) {
+      case DicoFileKind::Dicts:
+        return &dicts;
+      case DicoFileKind::Iidts:
+        return &iidts;
+      case DicoFileKind::Clsidts:
+        return &clsidts;
+      case DicoFileKind::None:
+        break;
+    }
+    return nullptr;
+  }
+};
+
+// Reads the dictionary files of one directory, in alphasort order, skipping names already seen
+// in this walk. A directory that cannot be scanned or holds no dictionary file is passed over
+// in silence. Caller holds the dictionary lock.
+void ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& readers) {
+  struct dirent** list = nullptr;
+  const int n = scandir(directory, &list, IsDictionaryFile, alphasort);
+  if (n <= 0) {
+    std::free(list);
+    return;
+  }
+  const size_t directoryLength = std::strlen(directory);
+  for (int i = 0; i < n; ++i) {
+    const char* name = list[i]->d_name;
+    if (seen.TestAndAdd(name) == 0) {
+      const size_t nameLength = std::strlen(name);
+      char* fullPath = static_cast<char*>(std::malloc(directoryLength + 1 + nameLength + 1));
+      if (fullPath != nullptr) {
+        std::memcpy(fullPath, directory, directoryLength);
+        fullPath[directoryLength] = '/';
+        std::memcpy(fullPath + directoryLength + 1, name, nameLength + 1);
+        // One file's failure never stops the walk: the result is not looked at.
+        ReadDictionaryFile(fullPath, readers.ForKind(DictionaryFileKind(fullPath)));
+        std::free(fullPath);
+      }
+    }
+    std::free(list[i]);
+  }
+  std::free(list);
+}
+
+}  // namespace
+
+bool DicoLoader::IsLoaded() {
+  return g_loaded.load(std::memory_order_seq_cst) != 0;
+}
+
+void DicoLoader::Load() {
+  if (g_loaded.load(std::memory_order_seq_cst) != 0) return;
+
+  ScopedLock hold(DicoStore::DictionaryLock());
+  if (g_loaded.load(std::memory_order_seq_cst) != 0) return;  // another thread has loaded
+  if (!DicoStore::IsInitialized()) DicoStore::Initialize();
+
+  const char* path = std::getenv("ZELDictionaryPath");
+  const char* noFallback = std::getenv("ZELDictionaryNoPathNoFallback");
+  if (noFallback != nullptr || path == nullptr) {
+    // Not loaded: the next call tries again (and says so again).
+    std::fputs("Error in reading dictionaries : ZELDictionaryPath is not defined.\n", stderr);
+    return;
+  }
+
+  // The tokeniser writes into its text, so it works on a private copy of the path.
+  char* pathCopy = strdup(path);
+  if (pathCopy == nullptr) return;  // no memory: stay unloaded, a later call may succeed
+  {
+    SeenFileSet seen;
+    Readers readers;
+    char* state = nullptr;
+    for (char* directory = ZELSysTSStrtok(pathCopy, ":", &state); directory != nullptr;
+         directory = ZELSysTSStrtok(nullptr, ":", &state)) {
+      ReadDirectoryLocked(directory, seen, readers);
+    }
+  }
+  std::free(pathCopy);
+
+  g_loaded.store(1, std::memory_order_seq_cst);
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+}

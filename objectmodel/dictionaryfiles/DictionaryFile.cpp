@@ -1,0 +1,140 @@
+// One dictionary file: its kind by name, and the reading of its lines into a reader.
+//
+// A line is read into a fixed 2048-byte buffer and split there in place: no memory is obtained
+// per line or per field. Only regular files are read: a fifo, a device or a directory named like
+// a dictionary file is opened without blocking and then left unread, so that it can neither hang
+// the load nor feed it endless bytes.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+
+#include "dictionaryfiles/DicoLoader.h"
+#include "dictionaryfiles/DictionaryReaders.h"
+
+namespace {
+
+constexpr int kLineBufferBytes = 2048;
+constexpr int kMaxFields = 5;
+
+bool EndsWith(const char* name, size_t length, const char* ending, size_t endingLength) {
+  return std::memcmp(name + length - endingLength, ending, endingLength) == 0;
+}
+
+bool IsSeparator(char c) {
+  return c == '\t' || c == '\n' || c == ' ';
+}
+
+// Splits line in place into at most kMaxFields fields: each separator becomes a NUL; a field
+// begins at a non-separator at the start of the line or after a separator. Once a sixth field
+// has begun the line is full and the walk stops at the next separator. Returns the count (0 for
+// an empty line or one of separators only).
+int SplitLine(char* line, char* fields[kMaxFields]) {
+  for (int i = 0; i < kMaxFields; ++i) fields[i] = nullptr;
+  int count = 0;
+  bool full = false;
+  bool afterSeparator = true;
+  const size_t length = std::strlen(line);  // stops at the first NUL, inside the buffer
+  for (size_t i = 0; i < length; ++i) {
+    if (IsSeparator(line[i])) {
+      line[i] = '\0';
+      if (full) break;
+      afterSeparator = true;
+      continue;
+    }
+    if (afterSeparator) {
+      if (count < kMaxFields) {
+        fields[count++] = &line[i];
+      } else {
+        full = true;
+      }
+    }
+    afterSeparator = false;
+  }
+  return count;
+}
+
+void ReportOpenFailure(const char* path) {
+  const int error = errno;
+  std::fprintf(stderr, "Error : fopen on %s\n--> ", path);
+  errno = error;
+  std::perror("fopen()");
+}
+
+// Opens path for reading without ever blocking (a fifo would block in a plain fopen). Returns
+// the stream, or null with errno set when the file cannot be opened. *regular tells whether the
+// file is a regular file; other files are returned open but must not be read.
+FILE* OpenWithoutBlocking(const char* path, bool* regular) {
+  const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return nullptr;
+  struct stat info;
+  if (fstat(fd, &info) != 0) {
+    const int error = errno;
+    close(fd);
+    errno = error;
+    return nullptr;
+  }
+  *regular = S_ISREG(info.st_mode);
+  FILE* file = fdopen(fd, "r");
+  if (file == nullptr) {
+    const int error = errno;
+    close(fd);
+    errno = error;
+  }
+  return file;
+}
+
+}  // namespace
+
+int DictionaryFileKind(const char* name) {
+  if (name == nullptr) return static_cast<int>(DicoFileKind::None);
+  const size_t n = std::strlen(name);
+  if (n < 7) return static_cast<int>(DicoFileKind::None);
+  if (EndsWith(name, n, ".dicts", 6)) return static_cast<int>(DicoFileKind::Dicts);
+  if (EndsWith(name, n, ".iidts", 6)) return static_cast<int>(DicoFileKind::Iidts);
+  if (n < 9) return static_cast<int>(DicoFileKind::None);
+  if (EndsWith(name, n, ".clsidts", 8)) return static_cast<int>(DicoFileKind::Clsidts);
+  return static_cast<int>(DicoFileKind::None);
+}
+
+int IsDictionaryFile(const struct dirent* entry) {
+  if (entry == nullptr) return 0;
+  return DictionaryFileKind(entry->d_name) != static_cast<int>(DicoFileKind::None) ? 1 : 0;
+}
+
+HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
+  if (reader == nullptr || path == nullptr) return E_FAIL;
+  bool regular = false;
+  FILE* file = OpenWithoutBlocking(path, &regular);
+  if (file == nullptr) {
+    ReportOpenFailure(path);
+    return E_FAIL;
+  }
+  if (!regular) {
+    // Nothing to read, as for a directory, whose reads fail at once.
+    std::fclose(file);
+    return S_OK;
+  }
+
+  char buffer[kLineBufferBytes];
+  int lineNumber = 0;
+  // A line longer than the buffer comes in pieces; each piece counts as a line.
+  while (std::fgets(buffer, sizeof buffer, file) != nullptr) {
+    if (lineNumber < INT_MAX) ++lineNumber;
+    if (buffer[0] == '#') continue;                      // comment, first column only
+    if (buffer[0] == '/' && buffer[1] == '/') continue;  // comment, first column only
+    char* fields[kMaxFields];
+    const int count = SplitLine(buffer, fields);
+    if (count == 0) continue;  // empty, or separators only
+    if (reader->ProcessLine(fields, count, path, lineNumber) < 0) {
+      std::fclose(file);
+      return E_FAIL;  // the rest of the file is not read; earlier lines stay in effect
+    }
+  }
+  std::fclose(file);
+  return S_OK;
+}

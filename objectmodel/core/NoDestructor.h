@@ -11,15 +11,19 @@ class NoDestructor {
  public:
   template <typename... Args>
   explicit NoDestructor(Args&&... args) {
-    new (storage_) T(std::forward<Args>(args)...);
+    new (&value_) T(std::forward<Args>(args)...);
   }
+  // Deliberately leaves value_ alive: it must outlive every other static of the process.
+  ~NoDestructor() {}
   NoDestructor(const NoDestructor&) = delete;
   NoDestructor& operator=(const NoDestructor&) = delete;
 
-  T* get() { return reinterpret_cast<T*>(storage_); }
-  T& operator*() { return *get(); }
-  T* operator->() { return get(); }
+  T* get() { return &value_; }
+  T& operator*() { return value_; }
+  T* operator->() { return &value_; }
 
  private:
-  alignas(T) unsigned char storage_[sizeof(T)];
+  union {
+    T value_;
+  };
 };

@@ -7,8 +7,8 @@
 
 class ScopedLock {
  public:
-  explicit ScopedLock(ZELSmartMutex& mutex) : mutex_(mutex) { (mutex_.*(&ZELMutex::LockF))(); }
-  ~ScopedLock() { (mutex_.*(&ZELMutex::UnlockF))(); }
+  explicit ScopedLock(ZELSmartMutex& mutex) : mutex_(mutex) { mutex_.ZELMutex::LockF(); }
+  ~ScopedLock() { mutex_.ZELMutex::UnlockF(); }
   ScopedLock(const ScopedLock&) = delete;
   ScopedLock& operator=(const ScopedLock&) = delete;
 

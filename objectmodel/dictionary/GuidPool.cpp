@@ -1,0 +1,88 @@
+#include "dictionary/GuidPool.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/NoDestructor.h"
+#include "core/ScopedLock.h"
+
+namespace {
+
+struct GuidNode {
+  GuidNode* next;
+  _GUID guid;  // the pooled GUID handed out to callers
+};
+
+// Process-wide state in static storage, zero at load. The heads are guarded by GuidPool::Lock().
+struct GuidPoolState {
+  GuidNode* heads[GuidPool::kBuckets];
+  std::atomic<bool> initialized;
+};
+
+GuidPoolState g_pool;
+std::atomic<void* (*)(size_t)> g_allocate{&std::malloc};
+
+// All 16 bytes, compared as four 32-bit words.
+bool SameGuid(const _GUID& a, const _GUID& b) {
+  uint32_t wa[4];
+  uint32_t wb[4];
+  std::memcpy(wa, &a, 16);
+  std::memcpy(wb, &b, 16);
+  return wa[0] == wb[0] && wa[1] == wb[1] && wa[2] == wb[2] && wa[3] == wb[3];
+}
+
+}  // namespace
+
+ZELSmartMutex& GuidPool::Lock() {
+  static NoDestructor<ZELSmartMutex> lock(0);
+  return *lock;
+}
+
+void GuidPool::Initialize() {
+  ScopedLock guard(Lock());
+  if (g_pool.initialized.load(std::memory_order_relaxed)) return;
+  for (GuidNode*& head : g_pool.heads) head = nullptr;
+  g_pool.initialized.store(true, std::memory_order_seq_cst);
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+}
+
+uint32_t GuidPool::Bucket(const _GUID* guid) {
+  unsigned char bytes[16];
+  std::memcpy(bytes, guid, 16);
+  uint32_t sum = guid->Data1;
+  for (uint32_t i = 1; i < 16; ++i) sum += i * bytes[i];
+  return sum & 0xFFFu;
+}
+
+const _GUID* GuidPool::Intern(const _GUID* guid) {
+  if (guid == nullptr) return nullptr;
+  if (!g_pool.initialized.load(std::memory_order_acquire)) Initialize();
+
+  const uint32_t bucket = Bucket(guid);
+  ScopedLock guard(Lock());
+  GuidNode** link = &g_pool.heads[bucket];
+  for (GuidNode* node = *link; node != nullptr; link = &node->next, node = *link) {
+    if (SameGuid(node->guid, *guid)) return &node->guid;
+  }
+  auto* node = static_cast<GuidNode*>(g_allocate.load(std::memory_order_relaxed)(sizeof(GuidNode)));
+  if (node == nullptr) return nullptr;
+  node->next = nullptr;
+  std::memcpy(&node->guid, guid, 16);
+  *link = node;  // appended: chains stay in order of first interning
+  return &node->guid;
+}
+
+void GuidPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
+  g_allocate.store(allocate != nullptr ? allocate : &std::malloc);
+}
+
+int GuidPool::ChainForTesting(uint32_t bucket, const _GUID** guids, int max) {
+  if (bucket >= static_cast<uint32_t>(kBuckets)) return 0;
+  ScopedLock guard(Lock());
+  int count = 0;
+  for (GuidNode* node = g_pool.heads[bucket]; node != nullptr && count < max; node = node->next) {
+    guids[count++] = &node->guid;
+  }
+  return count;
+}

@@ -16,6 +16,7 @@
 // "Problem allocating structure dico\n" to standard error, once per failed insert.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "ZELSysTSMetaClass.h"
@@ -60,8 +61,8 @@ class DicoStore {
 
   // Records one entry under (clsid, iid) and (cls, itf) at once, merged with a record that the
   // dictionary files made for the names. Returns the record, or null. Never reads the files.
-  static DicoEntry* Register(const _GUID* clsid, const _GUID* iid, const char* cls,
-                             const char* itf, const char* lib, void* fn);
+  static DicoEntry* Register(const _GUID* clsid, const _GUID* iid, const char* cls, const char* itf,
+                             const char* lib, void* fn);
   // The meta object recorded for className (its (className, "MetaObject") record), or null.
   // Never reads the files.
   static ZELSysTSMetaClass* FindMetaObject(const char* className);
@@ -70,8 +71,7 @@ class DicoStore {
 
   // loadFlag 1: have the dictionary files read first (DicoLoader::Load); any other value looks
   // only at what the store holds now. Both identifiers must be non-null.
-  static DicoEntry* LookupByGuids(const _GUID* classId, const _GUID* interfaceId,
-                                  int16_t loadFlag);
+  static DicoEntry* LookupByGuids(const _GUID* classId, const _GUID* interfaceId, int16_t loadFlag);
   // As LookupByGuids; null when either name is null.
   static DicoEntry* LookupByNames(const char* className, const char* interfaceName,
                                   int16_t loadFlag);
@@ -83,6 +83,12 @@ class DicoStore {
   static const char* NameOfGuid(const _GUID* guid);
 
   // Test seam: the allocation function for records and nodes (calloc-like: zero-filled memory of
-  // the given size, malloc+memset by default); null restores the default.
+  // the given size that free() releases, or null; malloc+memset by default); null restores the
+  // default. A null answer makes the insert that asked fail cleanly.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
+
+  // Introspection for tests, under the dictionary lock: the records of one chain of the name
+  // table / the GUID table in chain order (up to max of them); the chain's length is returned.
+  static int NameChainForTesting(int bucket, DicoEntry** entries, int max);
+  static int GuidChainForTesting(int bucket, DicoEntry** entries, int max);
 };

@@ -1,0 +1,382 @@
+// The dictionary's two hash tables, the dictionary lock and the insert-or-merge operations.
+//
+// Layout: two arrays of 4096 chain heads in static storage (zero before Initialize runs). A
+// chain node holds one record and the next node; nodes are allocated apart from records so that
+// one record can hang in the name table and in the GUID table. New nodes are appended, so each
+// chain is in order of first insertion.
+//
+// Locking: every read or write of the heads, the nodes and the record fields (except reads of
+// `creator`) happens under the dictionary lock; the pools are interned inside it (their locks
+// are innermost). Buckets are computed before the lock is taken. The failure message is written
+// after the lock has been released.
+#include "dictionary/DicoStore.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "core/NoDestructor.h"
+#include "core/ScopedLock.h"
+#include "dictionary/GuidPool.h"
+#include "dictionary/StringPool.h"
+
+namespace {
+
+struct DicoNode {
+  DicoEntry* entry;
+  DicoNode* next;
+};
+
+// Guarded by the dictionary lock.
+DicoNode* g_name_heads[DicoStore::kBuckets];
+DicoNode* g_guid_heads[DicoStore::kBuckets];
+
+// Set once, behind a full fence, after both tables have been cleared; read first without the
+// lock and again under it.
+std::atomic<bool> g_initialized{false};
+
+void* DefaultAllocate(size_t size) {
+  void* memory = std::malloc(size);
+  if (memory != nullptr) std::memset(memory, 0, size);
+  return memory;
+}
+
+std::atomic<void* (*)(size_t)> g_allocate{&DefaultAllocate};
+
+// A zero-filled T from the allocation seam, or null. Released with std::free.
+template <typename T>
+T* AllocateZeroed() {
+  void* memory = g_allocate.load(std::memory_order_acquire)(sizeof(T));
+  return memory != nullptr ? new (memory) T() : nullptr;
+}
+
+constexpr char kInsertFailed[] = "Problem allocating structure dico\n";
+
+// One write, so that the line of one thread is never cut by another's.
+void ReportInsertFailure() {
+  ssize_t written;
+  do {
+    written = ::write(STDERR_FILENO, kInsertFailed, sizeof(kInsertFailed) - 1);
+  } while (written < 0 && errno == EINTR);
+}
+
+// 1*b[0] + 2*b[1] + ... over signed bytes, wrapping in 32 bits.
+uint32_t WeightedSum(const signed char* bytes, size_t count) {
+  uint32_t sum = 0;
+  for (size_t i = 0; i < count; ++i) {
+    sum += static_cast<uint32_t>(i + 1) * static_cast<uint32_t>(static_cast<int32_t>(bytes[i]));
+  }
+  return sum;
+}
+
+uint32_t WeightedSum(const char* text) {
+  if (text == nullptr) return 0;
+  return WeightedSum(reinterpret_cast<const signed char*>(text), std::strlen(text));
+}
+
+uint32_t WeightedSum(const _GUID* guid) {
+  if (guid == nullptr) return 0;
+  signed char bytes[sizeof(_GUID)];
+  std::memcpy(bytes, guid, sizeof(bytes));
+  return WeightedSum(bytes, sizeof(bytes));
+}
+
+// |h rem 4096| with h signed and the remainder taking the sign of h.
+int BucketOf(uint32_t first, uint32_t second) {
+  const int32_t h = static_cast<int32_t>(first ^ second);
+  const int32_t r = h % DicoStore::kBuckets;
+  return r < 0 ? -r : r;
+}
+
+bool SameGuid(const _GUID* a, const _GUID* b) {
+  return std::memcmp(a, b, sizeof(_GUID)) == 0;
+}
+
+// The library name as it is stored: without its first three bytes when they are 'l','i','b'.
+const char* WithoutLibPrefix(const char* lib) {
+  return std::strncmp(lib, "lib", 3) == 0 ? lib + 3 : lib;
+}
+
+// Appends node to the chain whose head is head and whose last node is last (null when empty).
+void LinkLocked(DicoNode*& head, DicoNode* last, DicoNode* node) {
+  node->next = nullptr;
+  if (last == nullptr) {
+    head = node;
+  } else {
+    last->next = node;
+  }
+}
+
+// A field of a found or given record clashes with an argument when both are set and differ.
+bool NameClashes(const char* stored, const char* given) {
+  return given != nullptr && stored != nullptr && std::strcmp(stored, given) != 0;
+}
+
+// The conflict checks of a name insert, in order; true when the target must not be touched.
+bool NamesConflictLocked(const DicoEntry& target, const char* itf, const char* cutLib,
+                         const char* leaf, const char* ext, void* fn) {
+  if (NameClashes(target.interface_name, itf)) return true;
+  if (NameClashes(target.library_name, cutLib)) return true;
+  if (NameClashes(target.itf_leaf, leaf)) return true;
+  if (NameClashes(target.extended_by, ext)) return true;
+  void* creator = target.creator.load(std::memory_order_relaxed);
+  return fn != nullptr && creator != nullptr && creator != fn;
+}
+
+// Interns value into field when field is null and value is given; false when interning failed.
+bool FillNameLocked(const char*& field, const char* value) {
+  if (field != nullptr || value == nullptr) return true;
+  field = StringPool::Intern(value);
+  return field != nullptr;
+}
+
+// Publishes fn into an empty creator: written once, seq_cst, read elsewhere without the lock.
+void PublishCreatorLocked(DicoEntry& target, void* fn) {
+  if (fn != nullptr && target.creator.load(std::memory_order_relaxed) == nullptr) {
+    target.creator.store(fn, std::memory_order_seq_cst);
+  }
+}
+
+// Every field is attempted, even after an earlier one could not be interned.
+bool FillNamesLocked(DicoEntry& target, const char* cls, const char* itf, const char* cutLib,
+                     const char* leaf, const char* ext, void* fn) {
+  bool ok = FillNameLocked(target.class_name, cls);
+  ok = FillNameLocked(target.interface_name, itf) && ok;
+  ok = FillNameLocked(target.library_name, cutLib) && ok;
+  ok = FillNameLocked(target.itf_leaf, leaf) && ok;
+  ok = FillNameLocked(target.extended_by, ext) && ok;
+  PublishCreatorLocked(target, fn);
+  return ok;
+}
+
+DicoEntry* InsertByNamesLocked(int bucket, const char* cls, const char* itf, const char* lib,
+                               const char* leaf, const char* ext, void* fn, DicoEntry* rec) {
+  DicoNode*& head = g_name_heads[bucket];
+  DicoNode* last = nullptr;
+  DicoEntry* found = nullptr;
+  for (DicoNode* node = head; node != nullptr; node = node->next) {
+    if (std::strcmp(node->entry->class_name, cls) == 0 &&
+        std::strcmp(node->entry->interface_name, itf) == 0) {
+      found = node->entry;
+      break;
+    }
+    last = node;
+  }
+
+  DicoEntry* target = found;
+  if (found != nullptr) {
+    if (rec != nullptr && rec != found) return nullptr;
+  } else if (rec != nullptr) {
+    if (rec->class_name != nullptr && std::strcmp(rec->class_name, cls) != 0) return nullptr;
+    target = rec;
+  }
+
+  const char* cutLib = lib != nullptr ? WithoutLibPrefix(lib) : nullptr;
+  // A record made here has nothing set yet, so only a found or given one can conflict.
+  if (target != nullptr && NamesConflictLocked(*target, itf, cutLib, leaf, ext, fn)) {
+    return nullptr;
+  }
+
+  DicoNode* node = nullptr;
+  DicoEntry* created = nullptr;
+  if (found == nullptr) {
+    node = AllocateZeroed<DicoNode>();
+    if (node == nullptr) return nullptr;
+    if (target == nullptr) {
+      created = AllocateZeroed<DicoEntry>();
+      if (created == nullptr) {
+        std::free(node);
+        return nullptr;
+      }
+      target = created;
+    }
+  }
+
+  if (!FillNamesLocked(*target, cls, itf, cutLib, leaf, ext, fn)) {
+    // Nothing was linked: the node and a record made here are unreachable.
+    std::free(node);
+    std::free(created);
+    return nullptr;
+  }
+  if (node != nullptr) {
+    node->entry = target;
+    LinkLocked(head, last, node);
+  }
+  return target;
+}
+
+// Sets an empty GUID field to the pooled argument, or compares a set one with it by content.
+bool SetOrMatchGuidLocked(const _GUID*& field, const _GUID* value) {
+  if (field == nullptr) {
+    field = GuidPool::Intern(value);
+    return field != nullptr;
+  }
+  return SameGuid(field, value);
+}
+
+DicoEntry* InsertByGuidsLocked(int bucket, const _GUID* clsid, const _GUID* iid, void* fn,
+                               DicoEntry* rec) {
+  DicoNode*& head = g_guid_heads[bucket];
+  DicoNode* last = nullptr;
+  DicoEntry* found = nullptr;
+  for (DicoNode* node = head; node != nullptr; node = node->next) {
+    if (SameGuid(node->entry->class_id, clsid) && SameGuid(node->entry->interface_id, iid)) {
+      found = node->entry;
+      break;
+    }
+    last = node;
+  }
+
+  DicoEntry* target = found;
+  DicoNode* node = nullptr;
+  DicoEntry* created = nullptr;
+  if (found != nullptr) {
+    if (rec != nullptr && rec != found) return nullptr;
+  } else {
+    node = AllocateZeroed<DicoNode>();
+    if (node == nullptr) return nullptr;
+    target = rec;
+    if (target == nullptr) {
+      created = AllocateZeroed<DicoEntry>();
+      if (created == nullptr) {
+        std::free(node);
+        return nullptr;
+      }
+      target = created;
+    }
+    // Both empty fields are set even when the other one clashes; they stay set on failure.
+    const bool classMatches = SetOrMatchGuidLocked(target->class_id, clsid);
+    const bool interfaceMatches = SetOrMatchGuidLocked(target->interface_id, iid);
+    if (!classMatches || !interfaceMatches) {
+      std::free(node);
+      std::free(created);
+      return nullptr;
+    }
+  }
+
+  void* creator = target->creator.load(std::memory_order_relaxed);
+  if (creator != nullptr && creator != fn) {
+    std::free(node);
+    std::free(created);
+    return nullptr;
+  }
+  PublishCreatorLocked(*target, fn);
+
+  if (node != nullptr) {
+    node->entry = target;
+    LinkLocked(head, last, node);
+  }
+  return target;
+}
+
+int ChainLocked(DicoNode* head, DicoEntry** entries, int max) {
+  int count = 0;
+  for (DicoNode* node = head; node != nullptr; node = node->next, ++count) {
+    if (entries != nullptr && count < max) entries[count] = node->entry;
+  }
+  return count;
+}
+
+}  // namespace
+
+ZELSmartMutex& DicoStore::DictionaryLock() {
+  static NoDestructor<ZELSmartMutex> lock(0);
+  return *lock;
+}
+
+void DicoStore::Initialize() {
+  if (g_initialized.load(std::memory_order_seq_cst)) return;
+  ScopedLock lock(DictionaryLock());
+  if (g_initialized.load(std::memory_order_relaxed)) return;
+  for (int i = 0; i < kBuckets; ++i) {
+    g_name_heads[i] = nullptr;
+    g_guid_heads[i] = nullptr;
+  }
+  g_initialized.store(true, std::memory_order_seq_cst);
+}
+
+bool DicoStore::IsInitialized() {
+  return g_initialized.load(std::memory_order_seq_cst);
+}
+
+int DicoStore::NameBucket(const char* className, const char* interfaceName) {
+  return BucketOf(WeightedSum(className), WeightedSum(interfaceName));
+}
+
+int DicoStore::GuidBucket(const _GUID* classId, const _GUID* interfaceId) {
+  return BucketOf(WeightedSum(classId), WeightedSum(interfaceId));
+}
+
+DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char* lib,
+                                    const char* leaf, const char* ext, void* fn, DicoEntry* rec) {
+  if (cls == nullptr || itf == nullptr) return nullptr;
+  if (!IsInitialized()) Initialize();
+  const int bucket = NameBucket(cls, itf);
+  DicoEntry* result;
+  {
+    ScopedLock lock(DictionaryLock());
+    result = InsertByNamesLocked(bucket, cls, itf, lib, leaf, ext, fn, rec);
+  }
+  if (result == nullptr) ReportInsertFailure();
+  return result;
+}
+
+DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn,
+                                    DicoEntry* rec) {
+  if (fn == nullptr || clsid == nullptr || iid == nullptr) return nullptr;
+  if (!IsInitialized()) Initialize();
+  const int bucket = GuidBucket(clsid, iid);
+  DicoEntry* result;
+  {
+    ScopedLock lock(DictionaryLock());
+    result = InsertByGuidsLocked(bucket, clsid, iid, fn, rec);
+  }
+  if (result == nullptr) ReportInsertFailure();
+  return result;
+}
+
+DicoEntry* DicoStore::FindByNames(const char* className, const char* interfaceName) {
+  if (className == nullptr || interfaceName == nullptr) return nullptr;
+  const int bucket = NameBucket(className, interfaceName);
+  ScopedLock lock(DictionaryLock());
+  for (DicoNode* node = g_name_heads[bucket]; node != nullptr; node = node->next) {
+    if (std::strcmp(node->entry->class_name, className) == 0 &&
+        std::strcmp(node->entry->interface_name, interfaceName) == 0) {
+      return node->entry;
+    }
+  }
+  return nullptr;
+}
+
+DicoEntry* DicoStore::FindByGuids(const _GUID* classId, const _GUID* interfaceId) {
+  if (classId == nullptr || interfaceId == nullptr) return nullptr;
+  const int bucket = GuidBucket(classId, interfaceId);
+  ScopedLock lock(DictionaryLock());
+  for (DicoNode* node = g_guid_heads[bucket]; node != nullptr; node = node->next) {
+    if (SameGuid(node->entry->class_id, classId) &&
+        SameGuid(node->entry->interface_id, interfaceId)) {
+      return node->entry;
+    }
+  }
+  return nullptr;
+}
+
+void DicoStore::SetAllocatorForTesting(void* (*allocate)(size_t)) {
+  g_allocate.store(allocate != nullptr ? allocate : &DefaultAllocate, std::memory_order_release);
+}
+
+int DicoStore::NameChainForTesting(int bucket, DicoEntry** entries, int max) {
+  if (bucket < 0 || bucket >= kBuckets) return 0;
+  ScopedLock lock(DictionaryLock());
+  return ChainLocked(g_name_heads[bucket], entries, max);
+}
+
+int DicoStore::GuidChainForTesting(int bucket, DicoEntry** entries, int max) {
+  if (bucket < 0 || bucket >= kBuckets) return 0;
+  ScopedLock lock(DictionaryLock());
+  return ChainLocked(g_guid_heads[bucket], entries, max);
+}

@@ -1,0 +1,37 @@
+// Meta object records and registration. A class's meta object is recorded in one record that
+// hangs under (class identifier, CLSID_ZELSysTSMetaClass) in the GUID table and under
+// (class name, "MetaObject") in the name table; its `creator` holds the meta object. None of
+// these operations has the dictionary files read.
+//
+// Each insert takes the dictionary lock by itself; a caller that needs a registration to be one
+// atomic change holds the (recursive) dictionary lock around it.
+#include "dictionary/DicoStore.h"
+
+namespace {
+
+constexpr char kMetaObjectInterface[] = "MetaObject";
+
+}  // namespace
+
+DicoEntry* DicoStore::Register(const _GUID* clsid, const _GUID* iid, const char* cls,
+                               const char* itf, const char* lib, void* fn) {
+  const bool haveNames = cls != nullptr && itf != nullptr;
+  if (clsid != nullptr && iid != nullptr) {
+    // A record that the dictionary files made for the names gains the identifiers and the
+    // creator, so that no second record is made for the class.
+    DicoEntry* byNames = haveNames ? FindByNames(cls, itf) : nullptr;
+    DicoEntry* byGuids = InsertByGuids(clsid, iid, fn, byNames);
+    if (!haveNames) return byGuids;
+    // Makes that record reachable by names too; when the GUID insert failed, the names are
+    // recorded on their own.
+    return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, byGuids);
+  }
+  if (!haveNames) return nullptr;
+  return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, nullptr);
+}
+
+ZELSysTSMetaClass* DicoStore::FindMetaObject(const char* className) {
+  if (className == nullptr) return nullptr;
+  DicoEntry* record = FindByNames(className, kMetaObjectInterface);
+  return record != nullptr ? static_cast<ZELSysTSMetaClass*>(record->Creator()) : nullptr;
+}

@@ -1,0 +1,197 @@
+#include "ZELSysTSBaseUnknown.h"
+
+#include "ZELSysTSFindOrCreateMetaObject.h"
+#include "core/ZELSysTSBaseUnknownAccess.h"
+#include "core/ZELSysTSChainExtension.h"
+#include "meta/ZELSysTSMetaClassBase.h"
+#include "meta/ZELSysTSMetaClassExt.h"
+
+const _GUID CLSID_ZELSysTSBaseUnknown = {
+    0x6DADD843, 0xBCD7, 0x4107, {0xB9, 0xE9, 0x72, 0x34, 0x2D, 0x73, 0x87, 0x84}};
+
+ZELSysTSMetaClass* ZELSysTSBaseUnknown::meta_object = nullptr;
+
+namespace {
+
+// {00000000-0000-0000-C000-000000000046}
+const _GUID kIidIUnknown = {
+    0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+
+// The extension view of an object: its class's extension meta object, or null for an ordinary
+// object (no meta object, no effective meta object, or a class that is not an extension).
+ZELSysTSMetaClassExt* ExtensionMetaOf(const ZELSysTSBaseUnknown* object) {
+  ZELSysTSMetaClassBase* eff = EffectiveMetaOf(object->GetMetaObject());
+  return eff != nullptr ? eff->GetExtensionMetaClass() : nullptr;
+}
+
+}  // namespace
+
+ZELSysTSBaseUnknown::ZELSysTSBaseUnknown(unsigned char threadSafe)
+    : mutex(threadSafe == 0 ? 1 : 0), reference_count(1), link(nullptr), lock_count(0) {}
+
+ZELSysTSBaseUnknown::~ZELSysTSBaseUnknown() {
+  // The last reference may go while its holder still has the object locked (Tie_Release calls
+  // Release inside the lock); release every level still counted so the mutex dies unlocked.
+  while (lock_count > 0) Unlock();
+  link = nullptr;
+}
+
+ZELSysTSMetaClass* ZELSysTSBaseUnknown::MetaObject() {
+  // The language's once-only initialisation of a local static: concurrent first callers wait,
+  // and later calls read the pointer without a lock.
+  static ZELSysTSMetaClass* const meta = [] {
+    ZELSysTSMetaClass* m = ZELSysTSFindOrCreateMetaObject(
+        "ZELSysTSBaseUnknown", ZELSysTSTypeBase, &CLSID_ZELSysTSBaseUnknown, nullptr, nullptr);
+    meta_object = m;
+    return m;
+  }();
+  return meta;
+}
+
+const char* ZELSysTSBaseUnknown::ClassName() {
+  ZELSysTSMetaClass* meta = MetaObject();
+  return meta != nullptr ? meta->GetClassName() : nullptr;
+}
+
+const _GUID* ZELSysTSBaseUnknown::ClassId() {
+  ZELSysTSMetaClass* meta = MetaObject();
+  return meta != nullptr ? meta->GetClassId() : nullptr;
+}
+
+ZELSysTSMetaClass* ZELSysTSBaseUnknown::GetMetaObject() const {
+  return MetaObject();
+}
+
+const char* ZELSysTSBaseUnknown::IsA() const {
+  ZELSysTSMetaClass* meta = GetMetaObject();
+  return meta != nullptr ? meta->GetClassName() : nullptr;
+}
+
+int ZELSysTSBaseUnknown::IsAKindOf(const char* name) const {
+  ZELSysTSMetaClass* meta = GetMetaObject();
+  return meta != nullptr ? meta->IsAKindOf(name) : 0;
+}
+
+void ZELSysTSBaseUnknown::Lock() {
+  (mutex.*(&ZELMutex::LockF))();
+  ++lock_count;
+}
+
+void ZELSysTSBaseUnknown::Unlock() {
+  --lock_count;
+  (mutex.*(&ZELMutex::UnlockF))();
+}
+
+HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
+  if (ppv == nullptr) return E_UNEXPECTED;
+  *ppv = nullptr;
+
+  ZELSysTSBaseUnknown* extended = nullptr;
+  {
+    ScopedObjectLock lock(this);
+    if (reference_count == 0) return E_UNEXPECTED;
+    ZELSysTSMetaClass* meta = GetMetaObject();
+    if (meta == nullptr) return E_NOINTERFACE;
+    ZELSysTSMetaClassBase* eff = EffectiveMetaOf(meta);
+    if (eff == nullptr) return E_NOINTERFACE;
+
+    if (eff->GetExtensionMetaClass() == nullptr) {
+      if (iid == kIidIUnknown || iid == CLSID_ZELSysTSBaseUnknown) {
+        ++reference_count;
+        *ppv = this;
+        return S_OK;
+      }
+      ZELSysTSInterfaceCreator creator = eff->FindInterfaceCreator(iid);
+      if (creator == nullptr) return E_NOINTERFACE;
+      // The creator runs under this object's lock: it may resolve (and append to) the
+      // extension chain, which locks the object again.
+      IUnknown* created = creator(this, HasMutex());
+      if (created == nullptr) return E_NOINTERFACE;
+      ++reference_count;
+      *ppv = created;
+      return S_OK;
+    }
+    extended = static_cast<ZELSysTSBaseUnknown*>(link);
+  }
+  // An extension answers for the object that it extends. Forwarded after its own lock is
+  // released, so that no thread holds two objects' locks.
+  if (extended == nullptr) return E_UNEXPECTED;
+  return extended->QueryInterface(iid, ppv);
+}
+
+uint32_t ZELSysTSBaseUnknown::AddRef() {
+  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(this);
+  // An extension's link is set once, before the extension is handed out; an ordinary object's
+  // link (its chain head) is not read here, since appends to the chain change it under the lock.
+  ZELSysTSBaseUnknown* extended =
+      ext != nullptr ? static_cast<ZELSysTSBaseUnknown*>(link) : nullptr;
+  if (extended != nullptr) {
+    switch (ext->GetTypeOfClass()) {
+      case ZELSysTSTypeChainedExtension:
+        // A chained extension lives as long as its object: its references are the object's.
+        return extended->AddRef();
+      case ZELSysTSTypeTransientExtension: {
+        uint32_t count;
+        {
+          ScopedObjectLock lock(this);
+          count = ++reference_count;
+        }
+        // Each reference on a transient extension holds one on the object it extends.
+        extended->AddRef();
+        return count;
+      }
+      default:
+        break;
+    }
+  }
+  ScopedObjectLock lock(this);
+  return ++reference_count;
+}
+
+uint32_t ZELSysTSBaseUnknown::Release() {
+  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(this);
+  ZELSysTSBaseUnknown* extended =
+      ext != nullptr ? static_cast<ZELSysTSBaseUnknown*>(link) : nullptr;
+  if (extended != nullptr) {
+    switch (ext->GetTypeOfClass()) {
+      case ZELSysTSTypeChainedExtension:
+        return extended->Release();
+      case ZELSysTSTypeTransientExtension: {
+        uint32_t count;
+        {
+          ScopedObjectLock lock(this);
+          count = --reference_count;
+        }
+        if (count == 0) delete this;
+        extended->Release();
+        return count;
+      }
+      default:
+        break;
+    }
+  }
+
+  uint32_t count;
+  {
+    ScopedObjectLock lock(this);
+    count = --reference_count;
+  }
+  if (count != 0) return count;
+
+  if (ext == nullptr) {
+    // The object owns its chain: every chained extension and its node go with it, in chain
+    // order. An extension's count stands for references on this object, so it is destroyed
+    // outright, not released.
+    ZELSysTSChainExtension* node = static_cast<ZELSysTSChainExtension*>(link);
+    link = nullptr;
+    while (node != nullptr) {
+      ZELSysTSChainExtension* next = node->GetNext();
+      ZELSysTSBaseUnknown* extension = nullptr;
+      if (node->GetExtension(extension) == S_OK) delete extension;
+      delete node;
+      node = next;
+    }
+  }
+  delete this;
+  return 0;
+}

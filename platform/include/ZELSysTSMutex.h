@@ -2,7 +2,8 @@
 //
 // A ZELSmartMutex is one handle. Built with 0 it owns a recursive mutex: the thread that holds it
 // may lock it again, and must unlock it as many times. Built with 1 it owns no mutex and its
-// handle is null; LockF and UnlockF must not be called on it then (callers test Handle() first).
+// handle is null; LockF and UnlockF then do nothing and return 0 (callers that must know whether
+// they are protected test Handle()).
 //
 // LockF and UnlockF are ordinary (non-virtual, inline) member functions of ZELMutex so that they
 // can be taken as pointer-to-member functions and still cost no more than the pthread calls they
@@ -19,9 +20,11 @@
 class ZELSYSTS_PLATFORM_EXPORT ZELMutex {
  public:
   // Acquires the mutex; blocks while another thread holds it. Returns the pthread status (0).
-  int LockF() { return pthread_mutex_lock(handle_); }
+  // Without a mutex (null handle) does nothing and returns 0.
+  int LockF() { return handle_ != nullptr ? pthread_mutex_lock(handle_) : 0; }
   // Releases one level of the mutex held by the calling thread. Returns the pthread status (0).
-  int UnlockF() { return pthread_mutex_unlock(handle_); }
+  // Without a mutex (null handle) does nothing and returns 0.
+  int UnlockF() { return handle_ != nullptr ? pthread_mutex_unlock(handle_) : 0; }
 
   // The underlying mutex, or null for a ZELSmartMutex built with 1.
   pthread_mutex_t* Handle() const { return handle_; }
@@ -36,7 +39,7 @@ class ZELSYSTS_PLATFORM_EXPORT ZELSmartMutex : public ZELMutex {
  public:
   // noMutex == 0: allocates and initialises a recursive mutex.
   // noMutex != 0: holds no mutex; Handle() is null.
-  // If the mutex cannot be allocated the handle stays null (the object then behaves as unlocked).
+  // If the mutex cannot be allocated the handle stays null, as if built with 1.
   explicit ZELSmartMutex(int noMutex);
   // Destroys and frees the mutex, if any. It must not be held by another thread.
   ~ZELSmartMutex();

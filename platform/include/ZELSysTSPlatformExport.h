@@ -1,9 +1,7 @@
 // Export macro of libZELSysTS, the framework's system library (our stand-in).
-// The library is built with hidden visibility; only what carries this macro is visible.
+// The library is built with hidden visibility; only what carries this macro is visible. The
+// macro means default visibility on both sides, so that a client compiled with hidden visibility
+// still sees these declarations as coming from outside.
 #pragma once
 
-#if defined(ZELSYSTS_PLATFORM_BUILDING)
 #define ZELSYSTS_PLATFORM_EXPORT __attribute__((visibility("default")))
-#else
-#define ZELSYSTS_PLATFORM_EXPORT
-#endif

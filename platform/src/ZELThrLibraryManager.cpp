@@ -51,5 +51,9 @@ void* ZELThrLibraryManager::GetFunctionAddress(const char* library, const char* 
   return address;
 }
 
-unsigned long ZELThrLibraryManager::LoadLibraryCalls() { return g_load_calls.load(); }
-unsigned long ZELThrLibraryManager::GetFunctionAddressCalls() { return g_lookup_calls.load(); }
+unsigned long ZELThrLibraryManager::LoadLibraryCalls() {
+  return g_load_calls.load();
+}
+unsigned long ZELThrLibraryManager::GetFunctionAddressCalls() {
+  return g_lookup_calls.load();
+}

@@ -36,6 +36,9 @@ class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
   const char* ExtendedClassForTesting(int32_t index);
 
  private:
+  // 1 when pooledName is in the list. Caller holds ext_mutex.
+  int IsExtendingLocked(const char* pooledName) const;
+
   // Guarded by ext_mutex.
   const char** extended_classes;
   int32_t extended_count;

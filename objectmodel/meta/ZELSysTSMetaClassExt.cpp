@@ -1,0 +1,100 @@
+// The extension meta object: its list of extended classes and the free helper that registration
+// uses to add to it.
+#include "meta/ZELSysTSMetaClassExt.h"
+
+#include <new>
+
+#include "core/ScopedLock.h"
+#include "dictionary/StringPool.h"
+
+namespace {
+
+// Room added to the extended-class list each time it is full.
+constexpr int32_t kExtendedGrowth = 3;
+
+}  // namespace
+
+ZELSysTSMetaClassExt::ZELSysTSMetaClassExt(const _GUID* classId, const char* className,
+                                           ZELSysTSMetaClass* baseMeta, ZELSysTSTypeOfClass type)
+    : ZELSysTSMetaClassImpl(classId, className, baseMeta),
+      extended_classes(nullptr),
+      extended_count(0),
+      extended_capacity(0),
+      type_of_class(type),
+      ext_mutex(0) {}
+
+ZELSysTSMetaClassExt::~ZELSysTSMetaClassExt() {
+  delete[] extended_classes;
+  extended_classes = nullptr;
+  extended_count = 0;
+  extended_capacity = 0;
+}
+
+ZELSysTSMetaClassExt* ZELSysTSMetaClassExt::GetExtensionMetaClass() {
+  return this;
+}
+
+int ZELSysTSMetaClassExt::IsExtending(const char* pooledName) {
+  if (pooledName == nullptr) return 0;
+  ScopedLock lock(ext_mutex);
+  return IsExtendingLocked(pooledName);
+}
+
+int ZELSysTSMetaClassExt::IsExtending(ZELSysTSMetaClass* meta) {
+  return IsExtending(meta != nullptr ? meta->GetClassName() : nullptr);
+}
+
+int ZELSysTSMetaClassExt::IsExtendingLocked(const char* pooledName) const {
+  for (int32_t i = 0; i < extended_count; ++i) {
+    if (extended_classes[i] == pooledName) return 1;
+  }
+  return 0;
+}
+
+// Membership is tested once without holding the list across the interning, then again with the
+// append, so that a caller that does not hold the dictionary lock cannot add a name twice.
+// The capacity is raised only together with the new array: when memory runs out the list is
+// left as it was and the name is not added.
+void ZELSysTSMetaClassExt::AddExtendedClass(const char* className) {
+  const char* pooled = StringPool::Intern(className);
+  if (pooled == nullptr) return;
+  if (IsExtending(pooled) == 1) return;
+
+  ScopedLock lock(ext_mutex);
+  if (IsExtendingLocked(pooled) == 1) return;
+  if (extended_count >= extended_capacity) {
+    const int32_t capacity = extended_capacity + kExtendedGrowth;
+    const char** grown = new (std::nothrow) const char*[capacity];
+    if (grown == nullptr) return;
+    for (int32_t i = 0; i < extended_count; ++i) grown[i] = extended_classes[i];
+    delete[] extended_classes;
+    extended_classes = grown;
+    extended_capacity = capacity;
+  }
+  extended_classes[extended_count] = pooled;
+  ++extended_count;
+}
+
+int32_t ZELSysTSMetaClassExt::ExtendedCountForTesting() {
+  ScopedLock lock(ext_mutex);
+  return extended_count;
+}
+
+int32_t ZELSysTSMetaClassExt::ExtendedCapacityForTesting() {
+  ScopedLock lock(ext_mutex);
+  return extended_capacity;
+}
+
+const char* ZELSysTSMetaClassExt::ExtendedClassForTesting(int32_t index) {
+  ScopedLock lock(ext_mutex);
+  if (index < 0 || index >= extended_count) return nullptr;
+  return extended_classes[index];
+}
+
+void AddExtendedClassTo(ZELSysTSMetaClass* meta, const char* className) {
+  if (meta == nullptr || className == nullptr) return;
+  ZELSysTSMetaClassBase* effective = EffectiveMetaOf(meta);
+  if (effective == nullptr) return;
+  ZELSysTSMetaClassExt* extension = effective->GetExtensionMetaClass();
+  if (extension != nullptr) extension->AddExtendedClass(className);
+}

@@ -43,8 +43,8 @@ void GuidPool::Initialize() {
   ScopedLock guard(Lock());
   if (g_pool.initialized.load(std::memory_order_relaxed)) return;
   for (GuidNode*& head : g_pool.heads) head = nullptr;
-  g_pool.initialized.store(true, std::memory_order_seq_cst);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
+  g_pool.initialized.exchange(true, std::memory_order_seq_cst);
 }
 
 uint32_t GuidPool::Bucket(const _GUID* guid) {

@@ -51,8 +51,8 @@ void StringPool::Initialize() {
   ScopedLock guard(Lock());
   if (g_pool.initialized.load(std::memory_order_relaxed)) return;
   for (StringNode*& head : g_pool.heads) head = nullptr;
-  g_pool.initialized.store(true, std::memory_order_seq_cst);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
+  g_pool.initialized.exchange(true, std::memory_order_seq_cst);
 }
 
 uint32_t StringPool::Bucket(const char* text, int32_t* length) {

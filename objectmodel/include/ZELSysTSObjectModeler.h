@@ -3,6 +3,7 @@
 
 #include "ZELSysTSBOAInternal.h"
 #include "ZELSysTSBaseUnknown.h"
+#include "ZELSysTSClientKit.h"
 #include "ZELSysTSConvertStringToGUID.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "ZELSysTSMetaClass.h"

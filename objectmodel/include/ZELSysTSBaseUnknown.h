@@ -31,7 +31,8 @@ class ZELSYSTS_EXPORT ZELSysTSBaseUnknown : public IUnknown {
   // Answers IID_IUnknown and CLSID_ZELSysTSBaseUnknown with this object; any other interface
   // through the meta object's creation function. *ppv is null first; on success it holds the
   // interface and this object's count went up by one. E_NOINTERFACE when nothing offers the
-  // interface, E_UNEXPECTED when the count is already 0 or an extension has no object.
+  // interface, E_UNEXPECTED when the count is already 0, an extension has no object, or ppv
+  // is null.
   HRESULT QueryInterface(const _GUID& iid, void** ppv) override;
   // Adds one reference; returns the new count (a chained extension returns its object's).
   uint32_t AddRef() override;

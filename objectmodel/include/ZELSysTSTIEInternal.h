@@ -16,7 +16,7 @@ class ZELSYSTS_EXPORT ZELSysTSTIEInternal {
   static HRESULT Tie_Construct(ZELSysTSBaseUnknown* object, ZELSysTSMetaClass* implMeta,
                                ZELSysTSBaseUnknown* (*create)(),
                                ZELSysTSBaseUnknown*& implementation);
-  // *ppv = null, then the object's QueryInterface; E_UNEXPECTED for a null object.
+  // *ppv = null, then the object's QueryInterface; E_UNEXPECTED for a null object or ppv.
   static HRESULT Tie_Query(ZELSysTSBaseUnknown* object, const _GUID& iid, void** ppv);
   // Adds one to the object's count and to tieCount under the object's lock; returns tieCount.
   // A null object: returns 0 and changes nothing.

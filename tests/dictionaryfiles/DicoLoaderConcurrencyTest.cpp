@@ -77,9 +77,10 @@ TEST(DicoLoaderConcurrency, RacingCallersShareOneWalk) {
             err.Take());
 }
 
-TEST(DicoLoaderConcurrency, LookupsNeverTakeTheTableLocks) {
-  // Another thread holds both table locks; lookups on the empty tables must still answer (a
-  // lookup that initialised the table would wait for them).
+// Runs body while another thread holds both identifier tables' locks. A body that took either
+// lock would wait for ever (and the test would time out).
+template <typename Body>
+void WhileTableLocksAreHeld(Body body) {
   std::mutex m;
   std::condition_variable cv;
   bool held = false;
@@ -96,19 +97,35 @@ TEST(DicoLoaderConcurrency, LookupsNeverTakeTheTableLocks) {
     std::unique_lock<std::mutex> lock(m);
     cv.wait(lock, [&] { return held; });
   }
-  const _GUID g{1, 2, 3, {4}};
-  EXPECT_EQ(nullptr, IidTable::FindName(g));
-  EXPECT_EQ(nullptr, IidTable::FindIid("IVehicle"));
-  EXPECT_EQ(nullptr, ClsidTable::Find(g));
+  body();
   {
     std::lock_guard<std::mutex> lock(m);
     release = true;
   }
   cv.notify_all();
   holder.join();
-  // Inserting afterwards initialises the tables normally.
+}
+
+TEST(DicoLoaderConcurrency, OnlyTheFirstInsertTakesTheTableLocks) {
+  const _GUID g{1, 2, 3, {4}};
+  const _GUID h{5, 6, 7, {8}};
+  // Lookups on the empty tables neither initialise them nor wait for their locks.
+  WhileTableLocksAreHeld([&] {
+    EXPECT_EQ(nullptr, IidTable::FindName(g));
+    EXPECT_EQ(nullptr, IidTable::FindIid("IVehicle"));
+    EXPECT_EQ(nullptr, ClsidTable::Find(g));
+  });
+  // The first inserts initialise the tables under their locks.
   EXPECT_EQ(1, IidTable::Insert(g, "IVehicle"));
   EXPECT_NE(nullptr, ClsidTable::Insert(g, "Vehicle", nullptr));
+  // Later inserts and lookups take no lock.
+  WhileTableLocksAreHeld([&] {
+    EXPECT_EQ(1, IidTable::Insert(h, "ITruck"));
+    EXPECT_NE(nullptr, ClsidTable::Insert(h, "Truck", "TruckImpl"));
+    EXPECT_STREQ("IVehicle", IidTable::FindName(g));
+    EXPECT_EQ(h, *IidTable::FindIid("ITruck"));
+    EXPECT_STREQ("TruckImpl", ClsidTable::Find(h)->library_name);
+  });
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "RecordingReader.h"
 #include "TestSupport.h"
 #include "dictionaryfiles/DicoLoader.h"
+#include "dictionaryfiles/SeenFileSet.h"
 
 namespace {
 
@@ -181,6 +182,22 @@ TEST(ReadDictionaryFile, FifoAndDirectoryAreNotReadAndDoNotBlock) {
   EXPECT_EQ(S_OK, ReadDictionaryFile("/dev/zero", &reader));  // endless, not regular
   EXPECT_EQ("", err.Take());
   EXPECT_TRUE(reader.lines.empty());
+}
+
+TEST(SeenFileSet, NamesAreSeenByContent) {
+  SeenFileSet seen;
+  char first[] = "x.dicts";
+  char again[] = "x.dicts";
+  EXPECT_EQ(0, seen.TestAndAdd(first));
+  EXPECT_EQ(1, seen.TestAndAdd(again));  // another buffer, same text
+  EXPECT_EQ(0, seen.TestAndAdd("x.iidts"));
+  EXPECT_EQ(0, seen.TestAndAdd("X.dicts"));
+  EXPECT_EQ(1, seen.TestAndAdd("x.iidts"));
+  EXPECT_EQ(1, seen.TestAndAdd("X.dicts"));
+  EXPECT_EQ(0, seen.TestAndAdd(nullptr));  // cannot be interned: not seen, not added
+  EXPECT_EQ(0, seen.TestAndAdd(nullptr));
+  SeenFileSet fresh;  // each walk starts empty
+  EXPECT_EQ(0, fresh.TestAndAdd("x.dicts"));
 }
 
 }  // namespace

@@ -26,7 +26,8 @@ int IsDictionaryFile(const struct dirent* entry);
 // line), skips comments ("#" or "//" in the first column) and blank lines, splits each line on
 // tab, line feed and space into at most 5 fields and hands them to reader. 0 when the whole
 // file was read; E_FAIL for a null reader, a file that cannot be opened (with the fopen
-// message), or a rejected line (the rest of the file is not read).
+// message), or a rejected line (the rest of the file is not read). Only regular files are read:
+// a fifo, device or directory of that name is opened without blocking and gives 0, unread.
 HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader);
 
 class DicoLoader {

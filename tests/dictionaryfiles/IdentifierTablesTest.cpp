@@ -44,12 +44,6 @@ TEST(IdentifierBuckets, NameBucketUsesSignedBytesAndWeightsFromZero) {
   EXPECT_EQ(1, InterfaceNameBucket("x\x01\0garbage"));  // the name ends at its NUL
 }
 
-TEST(IidTable, LookupsOnAnEmptyTableFindNothing) {
-  EXPECT_EQ(nullptr, IidTable::FindName(kIUnknown));
-  EXPECT_EQ(nullptr, IidTable::FindIid("IUnknown"));
-  EXPECT_EQ(nullptr, IidTable::FindIid(nullptr));
-}
-
 TEST(IidTable, SamePairTwiceIsKeptOnce) {
   EXPECT_EQ(1, IidTable::Insert(kIUnknown, "IUnknown"));
   char copy[] = "IUnknown";

@@ -37,7 +37,7 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
   virtual ZELSysTSMetaClassExt* GetExtensionMetaClass();
 
  protected:
-  // Constant after construction: none. Guards the interface table of derived classes.
+  // Guards the interface table of the derived classes; a plain meta object never takes it.
   ZELSmartMutex mutex;
   // Constant after construction.
   const _GUID* class_id;

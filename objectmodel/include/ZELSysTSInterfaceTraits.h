@@ -62,6 +62,13 @@ struct ZELSysTSInterfaceTraits<ZELSysTSBaseUnknown> {
   using parent = IUnknown;
 };
 
+// Whether I has a declared identity (a specialisation of ZELSysTSInterfaceTraits).
+template <class I, class = void>
+struct ZELSysTSHasInterfaceTraits : std::false_type {};
+template <class I>
+struct ZELSysTSHasInterfaceTraits<I, std::void_t<decltype(ZELSysTSInterfaceTraits<I>::iid)>>
+    : std::true_type {};
+
 // The IID of interface I.
 template <class I>
 constexpr const _GUID& ZELSysTSIIDOf() {

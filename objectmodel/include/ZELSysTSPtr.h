@@ -26,6 +26,8 @@ template <class I>
 class ZELSysTSPtr {
   static_assert(std::is_base_of_v<IUnknown, I>,
                 "ZELSysTSPtr holds interfaces derived from IUnknown");
+  static_assert(ZELSysTSHasInterfaceTraits<I>::value,
+                "ZELSysTSPtr<I> needs the identity of I: ZELSYSTS_DECLARE_INTERFACE(I, \"{...}\")");
 
  public:
   using element_type = I;

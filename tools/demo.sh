@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Builds and runs the demonstration, from a fresh clone or an existing build.
+#
+# Installs the Debian packages the build needs when they are missing (as root, with apt-get),
+# configures the "default" preset (build/default), builds the demonstration's host program and
+# its three implementation libraries, and runs the host on the dictionaries that the repository
+# ships (examples/dictionaries), with the build's lib/ folder on LD_LIBRARY_PATH so that the
+# libraries that the dictionaries name are found. Exits with the host's status: 0 when every step
+# behaved as the dictionaries and libraries promise.
+set -euo pipefail
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+cd "$root"
+
+# The configure step of the default preset also sets up the tests and benchmarks, so the
+# demonstration needs the same packages as the test command.
+packages=(cmake ninja-build g++ clang libgtest-dev libgmock-dev libbenchmark-dev pkg-config
+  libglib2.0-dev)
+
+install_missing_packages() {
+  command -v dpkg >/dev/null 2>&1 || return 0
+  local missing=() package
+  for package in "${packages[@]}"; do
+    dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+  done
+  ((${#missing[@]} == 0)) && return 0
+  if [[ "$(id -u)" -ne 0 ]]; then
+    echo "demo.sh: missing packages: ${missing[*]}" >&2
+    echo "demo.sh: install them with: apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  echo "demo.sh: installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  apt-get update -q
+  apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+install_missing_packages
+
+jobs="${ZELSYSTS_JOBS:-$(nproc 2>/dev/null || echo 2)}"
+cmake --preset default >/dev/null
+cmake --build --preset default -j "$jobs" --target demo
+
+build="$root/build/default"
+echo "demo.sh: ZELDictionaryPath=$root/examples/dictionaries"
+echo "demo.sh: LD_LIBRARY_PATH=$build/lib"
+exec env ZELDictionaryPath="$root/examples/dictionaries" \
+  LD_LIBRARY_PATH="$build/lib${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" \
+  "$build/bin/drawing_host"

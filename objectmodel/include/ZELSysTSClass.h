@@ -70,6 +70,16 @@ struct ZELSysTSClassInfo {
       : name(className), id{}, has_id(false), extended_classes(extends), extended_count(N) {}
 };
 
+// Equality of two class names, usable in constant expressions.
+constexpr bool ZELSysTSSameClassName(const char* a, const char* b) {
+  if (a == nullptr || b == nullptr) return a == b;
+  while (*a != '\0' && *a == *b) {
+    ++a;
+    ++b;
+  }
+  return *a == *b;
+}
+
 template <class T, class = void>
 struct ZELSysTSHasClassInfo : std::false_type {};
 template <class T>
@@ -122,7 +132,8 @@ class ZELSysTSClass : public Base, public Interfaces... {
     static_assert(ZELSysTSHasClassInfo<Derived>::value,
                   "a registered class declares: static constexpr ZELSysTSClassInfo class_info");
     if constexpr (ZELSysTSHasClassInfo<Base>::value) {
-      static_assert(&Derived::class_info != &Base::class_info,
+      // Compared by content: a class that inherits its base's class_info has its base's name.
+      static_assert(!ZELSysTSSameClassName(Derived::class_info.name, Base::class_info.name),
                     "every registered class declares its own class_info (this one inherits it)");
     }
     constexpr bool isExtension =

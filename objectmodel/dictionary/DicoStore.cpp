@@ -3,7 +3,9 @@
 // Layout: two arrays of 4096 chain heads in static storage (zero before Initialize runs). A
 // chain node holds one record and the next node; nodes are allocated apart from records so that
 // one record can hang in the name table and in the GUID table. New nodes are appended, so each
-// chain is in order of first insertion.
+// chain is in order of first insertion. Beside each table, a tail per bucket makes an append
+// O(1) and a PairIndex finds a pair without walking its chain, so that loading a dictionary of a
+// million lines stays linear although the number of buckets is fixed.
 //
 // Locking: every read or write of the heads, the nodes and the record fields (except reads of
 // `creator`) happens under the dictionary lock; the pools are interned inside it (their locks
@@ -22,6 +24,7 @@
 #include "core/NoDestructor.h"
 #include "core/ScopedLock.h"
 #include "dictionary/GuidPool.h"
+#include "dictionary/PairIndex.h"
 #include "dictionary/StringPool.h"
 
 namespace {
@@ -31,9 +34,14 @@ struct DicoNode {
   DicoNode* next;
 };
 
-// Guarded by the dictionary lock.
+// Guarded by the dictionary lock. The tails make an append O(1); the indexes find a pair
+// without walking its chain (the chains stay the order of record, see PairIndex.h).
 DicoNode* g_name_heads[DicoStore::kBuckets];
+DicoNode* g_name_tails[DicoStore::kBuckets];
+PairIndex g_name_index;
 DicoNode* g_guid_heads[DicoStore::kBuckets];
+DicoNode* g_guid_tails[DicoStore::kBuckets];
+PairIndex g_guid_index;
 
 // Set once, behind a full fence, after both tables have been cleared; read first without the
 // lock and again under it.
@@ -101,14 +109,48 @@ const char* WithoutLibPrefix(const char* lib) {
   return std::strncmp(lib, "lib", 3) == 0 ? lib + 3 : lib;
 }
 
-// Appends node to the chain whose head is head and whose last node is last (null when empty).
-void LinkLocked(DicoNode*& head, DicoNode* last, DicoNode* node) {
+// Appends node at the end of a chain (head and tail of its bucket) and indexes its record.
+void LinkLocked(DicoNode*& head, DicoNode*& tail, PairIndex& index, uint64_t hash, DicoNode* node) {
   node->next = nullptr;
-  if (last == nullptr) {
+  if (tail == nullptr) {
     head = node;
   } else {
-    last->next = node;
+    tail->next = node;
   }
+  tail = node;
+  index.AddLocked(hash, node->entry);
+}
+
+bool NamesMatch(const DicoEntry* entry, const char* cls, const char* itf) {
+  return std::strcmp(entry->class_name, cls) == 0 && std::strcmp(entry->interface_name, itf) == 0;
+}
+
+bool GuidsMatch(const DicoEntry* entry, const _GUID* clsid, const _GUID* iid) {
+  return SameGuid(entry->class_id, clsid) && SameGuid(entry->interface_id, iid);
+}
+
+// The first record of the bucket's chain that holds the pair: through the index while it is
+// complete, else by walking the chain.
+DicoEntry* FindNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf) {
+  if (g_name_index.UsableLocked()) {
+    return g_name_index.FindLocked(hash,
+                                   [&](const DicoEntry* e) { return NamesMatch(e, cls, itf); });
+  }
+  for (DicoNode* node = g_name_heads[bucket]; node != nullptr; node = node->next) {
+    if (NamesMatch(node->entry, cls, itf)) return node->entry;
+  }
+  return nullptr;
+}
+
+DicoEntry* FindGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid) {
+  if (g_guid_index.UsableLocked()) {
+    return g_guid_index.FindLocked(hash,
+                                   [&](const DicoEntry* e) { return GuidsMatch(e, clsid, iid); });
+  }
+  for (DicoNode* node = g_guid_heads[bucket]; node != nullptr; node = node->next) {
+    if (GuidsMatch(node->entry, clsid, iid)) return node->entry;
+  }
+  return nullptr;
 }
 
 // A field of a found or given record clashes with an argument when both are set and differ.
@@ -153,19 +195,10 @@ bool FillNamesLocked(DicoEntry& target, const char* cls, const char* itf, const 
   return ok;
 }
 
-DicoEntry* InsertByNamesLocked(int bucket, const char* cls, const char* itf, const char* lib,
-                               const char* leaf, const char* ext, void* fn, DicoEntry* rec) {
-  DicoNode*& head = g_name_heads[bucket];
-  DicoNode* last = nullptr;
-  DicoEntry* found = nullptr;
-  for (DicoNode* node = head; node != nullptr; node = node->next) {
-    if (std::strcmp(node->entry->class_name, cls) == 0 &&
-        std::strcmp(node->entry->interface_name, itf) == 0) {
-      found = node->entry;
-      break;
-    }
-    last = node;
-  }
+DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf,
+                               const char* lib, const char* leaf, const char* ext, void* fn,
+                               DicoEntry* rec) {
+  DicoEntry* found = FindNamesLocked(bucket, hash, cls, itf);
 
   DicoEntry* target = found;
   if (found != nullptr) {
@@ -204,7 +237,7 @@ DicoEntry* InsertByNamesLocked(int bucket, const char* cls, const char* itf, con
   }
   if (node != nullptr) {
     node->entry = target;
-    LinkLocked(head, last, node);
+    LinkLocked(g_name_heads[bucket], g_name_tails[bucket], g_name_index, hash, node);
   }
   return target;
 }
@@ -218,18 +251,9 @@ bool SetOrMatchGuidLocked(const _GUID*& field, const _GUID* value) {
   return SameGuid(field, value);
 }
 
-DicoEntry* InsertByGuidsLocked(int bucket, const _GUID* clsid, const _GUID* iid, void* fn,
-                               DicoEntry* rec) {
-  DicoNode*& head = g_guid_heads[bucket];
-  DicoNode* last = nullptr;
-  DicoEntry* found = nullptr;
-  for (DicoNode* node = head; node != nullptr; node = node->next) {
-    if (SameGuid(node->entry->class_id, clsid) && SameGuid(node->entry->interface_id, iid)) {
-      found = node->entry;
-      break;
-    }
-    last = node;
-  }
+DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid,
+                               void* fn, DicoEntry* rec) {
+  DicoEntry* found = FindGuidsLocked(bucket, hash, clsid, iid);
 
   DicoEntry* target = found;
   DicoNode* node = nullptr;
@@ -268,7 +292,7 @@ DicoEntry* InsertByGuidsLocked(int bucket, const _GUID* clsid, const _GUID* iid,
 
   if (node != nullptr) {
     node->entry = target;
-    LinkLocked(head, last, node);
+    LinkLocked(g_guid_heads[bucket], g_guid_tails[bucket], g_guid_index, hash, node);
   }
   return target;
 }
@@ -293,8 +317,8 @@ void DicoStore::Initialize() {
   ScopedLock lock(DictionaryLock());
   if (g_initialized.load(std::memory_order_relaxed)) return;
   for (int i = 0; i < kBuckets; ++i) {
-    g_name_heads[i] = nullptr;
-    g_guid_heads[i] = nullptr;
+    g_name_heads[i] = g_name_tails[i] = nullptr;
+    g_guid_heads[i] = g_guid_tails[i] = nullptr;
   }
   g_initialized.store(true, std::memory_order_seq_cst);
 }
@@ -316,10 +340,11 @@ DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char
   if (cls == nullptr || itf == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
   const int bucket = NameBucket(cls, itf);
+  const uint64_t hash = PairIndex::HashNames(cls, itf);
   DicoEntry* result;
   {
     ScopedLock lock(DictionaryLock());
-    result = InsertByNamesLocked(bucket, cls, itf, lib, leaf, ext, fn, rec);
+    result = InsertByNamesLocked(bucket, hash, cls, itf, lib, leaf, ext, fn, rec);
   }
   if (result == nullptr) ReportInsertFailure();
   return result;
@@ -330,10 +355,11 @@ DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* 
   if (fn == nullptr || clsid == nullptr || iid == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
   const int bucket = GuidBucket(clsid, iid);
+  const uint64_t hash = PairIndex::HashGuids(clsid, iid);
   DicoEntry* result;
   {
     ScopedLock lock(DictionaryLock());
-    result = InsertByGuidsLocked(bucket, clsid, iid, fn, rec);
+    result = InsertByGuidsLocked(bucket, hash, clsid, iid, fn, rec);
   }
   if (result == nullptr) ReportInsertFailure();
   return result;
@@ -342,27 +368,17 @@ DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* 
 DicoEntry* DicoStore::FindByNames(const char* className, const char* interfaceName) {
   if (className == nullptr || interfaceName == nullptr) return nullptr;
   const int bucket = NameBucket(className, interfaceName);
+  const uint64_t hash = PairIndex::HashNames(className, interfaceName);
   ScopedLock lock(DictionaryLock());
-  for (DicoNode* node = g_name_heads[bucket]; node != nullptr; node = node->next) {
-    if (std::strcmp(node->entry->class_name, className) == 0 &&
-        std::strcmp(node->entry->interface_name, interfaceName) == 0) {
-      return node->entry;
-    }
-  }
-  return nullptr;
+  return FindNamesLocked(bucket, hash, className, interfaceName);
 }
 
 DicoEntry* DicoStore::FindByGuids(const _GUID* classId, const _GUID* interfaceId) {
   if (classId == nullptr || interfaceId == nullptr) return nullptr;
   const int bucket = GuidBucket(classId, interfaceId);
+  const uint64_t hash = PairIndex::HashGuids(classId, interfaceId);
   ScopedLock lock(DictionaryLock());
-  for (DicoNode* node = g_guid_heads[bucket]; node != nullptr; node = node->next) {
-    if (SameGuid(node->entry->class_id, classId) &&
-        SameGuid(node->entry->interface_id, interfaceId)) {
-      return node->entry;
-    }
-  }
-  return nullptr;
+  return FindGuidsLocked(bucket, hash, classId, interfaceId);
 }
 
 void DicoStore::SetAllocatorForTesting(void* (*allocate)(size_t)) {

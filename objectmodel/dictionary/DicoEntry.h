@@ -11,14 +11,14 @@
 #include "ZELSysTSTypes.h"
 
 struct DicoEntry {
-  const _GUID* class_id;        // first key of the GUID table
-  const _GUID* interface_id;    // second key of the GUID table
-  const char* class_name;       // first key of the name table
-  const char* interface_name;   // second key of the name table
-  const char* library_name;     // implementing library, without a leading "lib"
-  const char* itf_leaf;         // ITFLEAF value of a ".dicts" line
-  const char* extended_by;      // EXTENDED_BY value of a ".dicts" line
-  std::atomic<void*> creator;   // creation function; for a "MetaObject" record, the meta object
+  const _GUID* class_id;       // first key of the GUID table
+  const _GUID* interface_id;   // second key of the GUID table
+  const char* class_name;      // first key of the name table
+  const char* interface_name;  // second key of the name table
+  const char* library_name;    // implementing library, without a leading "lib"
+  const char* itf_leaf;        // ITFLEAF value of a ".dicts" line
+  const char* extended_by;     // EXTENDED_BY value of a ".dicts" line
+  std::atomic<void*> creator;  // creation function; for a "MetaObject" record, the meta object
 
   void* Creator() const { return creator.load(std::memory_order_seq_cst); }
 };

@@ -4,7 +4,7 @@
 // chain node holds one record and the next node; nodes are allocated apart from records so that
 // one record can hang in the name table and in the GUID table. New nodes are appended, so each
 // chain is in order of first insertion. Beside each table, a tail per bucket makes an append
-// O(1) and a PairIndex finds a pair without walking its chain, so that loading a dictionary of a
+// O(1) and a HashIndex finds a pair without walking its chain, so that loading a dictionary of a
 // million lines stays linear although the number of buckets is fixed.
 //
 // Locking: every read or write of the heads, the nodes and the record fields (except reads of
@@ -24,7 +24,7 @@
 #include "core/NoDestructor.h"
 #include "core/ScopedLock.h"
 #include "dictionary/GuidPool.h"
-#include "dictionary/PairIndex.h"
+#include "dictionary/HashIndex.h"
 #include "dictionary/StringPool.h"
 
 namespace {
@@ -35,13 +35,13 @@ struct DicoNode {
 };
 
 // Guarded by the dictionary lock. The tails make an append O(1); the indexes find a pair
-// without walking its chain (the chains stay the order of record, see PairIndex.h).
+// without walking its chain (the chains stay the order of record, see HashIndex.h).
 DicoNode* g_name_heads[DicoStore::kBuckets];
 DicoNode* g_name_tails[DicoStore::kBuckets];
-PairIndex g_name_index;
+HashIndex<DicoEntry> g_name_index;
 DicoNode* g_guid_heads[DicoStore::kBuckets];
 DicoNode* g_guid_tails[DicoStore::kBuckets];
-PairIndex g_guid_index;
+HashIndex<DicoEntry> g_guid_index;
 
 // Set once, behind a full fence, after both tables have been cleared; read first without the
 // lock and again under it.
@@ -110,7 +110,8 @@ const char* WithoutLibPrefix(const char* lib) {
 }
 
 // Appends node at the end of a chain (head and tail of its bucket) and indexes its record.
-void LinkLocked(DicoNode*& head, DicoNode*& tail, PairIndex& index, uint64_t hash, DicoNode* node) {
+void LinkLocked(DicoNode*& head, DicoNode*& tail, HashIndex<DicoEntry>& index, uint64_t hash,
+                DicoNode* node) {
   node->next = nullptr;
   if (tail == nullptr) {
     head = node;
@@ -118,7 +119,7 @@ void LinkLocked(DicoNode*& head, DicoNode*& tail, PairIndex& index, uint64_t has
     tail->next = node;
   }
   tail = node;
-  index.AddLocked(hash, node->entry);
+  index.Add(hash, node->entry);
 }
 
 bool NamesMatch(const DicoEntry* entry, const char* cls, const char* itf) {
@@ -132,9 +133,8 @@ bool GuidsMatch(const DicoEntry* entry, const _GUID* clsid, const _GUID* iid) {
 // The first record of the bucket's chain that holds the pair: through the index while it is
 // complete, else by walking the chain.
 DicoEntry* FindNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf) {
-  if (g_name_index.UsableLocked()) {
-    return g_name_index.FindLocked(hash,
-                                   [&](const DicoEntry* e) { return NamesMatch(e, cls, itf); });
+  if (g_name_index.Usable()) {
+    return g_name_index.Find(hash, [&](const DicoEntry* e) { return NamesMatch(e, cls, itf); });
   }
   for (DicoNode* node = g_name_heads[bucket]; node != nullptr; node = node->next) {
     if (NamesMatch(node->entry, cls, itf)) return node->entry;
@@ -143,9 +143,8 @@ DicoEntry* FindNamesLocked(int bucket, uint64_t hash, const char* cls, const cha
 }
 
 DicoEntry* FindGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid) {
-  if (g_guid_index.UsableLocked()) {
-    return g_guid_index.FindLocked(hash,
-                                   [&](const DicoEntry* e) { return GuidsMatch(e, clsid, iid); });
+  if (g_guid_index.Usable()) {
+    return g_guid_index.Find(hash, [&](const DicoEntry* e) { return GuidsMatch(e, clsid, iid); });
   }
   for (DicoNode* node = g_guid_heads[bucket]; node != nullptr; node = node->next) {
     if (GuidsMatch(node->entry, clsid, iid)) return node->entry;
@@ -340,7 +339,7 @@ DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char
   if (cls == nullptr || itf == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
   const int bucket = NameBucket(cls, itf);
-  const uint64_t hash = PairIndex::HashNames(cls, itf);
+  const uint64_t hash = HashOfNames(cls, itf);
   DicoEntry* result;
   {
     ScopedLock lock(DictionaryLock());
@@ -355,7 +354,7 @@ DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* 
   if (fn == nullptr || clsid == nullptr || iid == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
   const int bucket = GuidBucket(clsid, iid);
-  const uint64_t hash = PairIndex::HashGuids(clsid, iid);
+  const uint64_t hash = HashOfBytes(clsid, sizeof(_GUID), iid, sizeof(_GUID));
   DicoEntry* result;
   {
     ScopedLock lock(DictionaryLock());
@@ -368,7 +367,7 @@ DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* 
 DicoEntry* DicoStore::FindByNames(const char* className, const char* interfaceName) {
   if (className == nullptr || interfaceName == nullptr) return nullptr;
   const int bucket = NameBucket(className, interfaceName);
-  const uint64_t hash = PairIndex::HashNames(className, interfaceName);
+  const uint64_t hash = HashOfNames(className, interfaceName);
   ScopedLock lock(DictionaryLock());
   return FindNamesLocked(bucket, hash, className, interfaceName);
 }
@@ -376,7 +375,7 @@ DicoEntry* DicoStore::FindByNames(const char* className, const char* interfaceNa
 DicoEntry* DicoStore::FindByGuids(const _GUID* classId, const _GUID* interfaceId) {
   if (classId == nullptr || interfaceId == nullptr) return nullptr;
   const int bucket = GuidBucket(classId, interfaceId);
-  const uint64_t hash = PairIndex::HashGuids(classId, interfaceId);
+  const uint64_t hash = HashOfBytes(classId, sizeof(_GUID), interfaceId, sizeof(_GUID));
   ScopedLock lock(DictionaryLock());
   return FindGuidsLocked(bucket, hash, classId, interfaceId);
 }

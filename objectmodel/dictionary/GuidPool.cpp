@@ -6,6 +6,7 @@
 
 #include "core/NoDestructor.h"
 #include "core/ScopedLock.h"
+#include "dictionary/HashIndex.h"
 
 namespace {
 
@@ -14,9 +15,13 @@ struct GuidNode {
   _GUID guid;  // the pooled GUID handed out to callers
 };
 
-// Process-wide state in static storage, zero at load. The heads are guarded by GuidPool::Lock().
+// Process-wide state in static storage, zero at load. Everything but `initialized` is guarded by
+// GuidPool::Lock(). The tails make an append O(1); the index finds a GUID without walking its
+// chain (chains grow long when many GUIDs share few buckets, as generated identifiers do).
 struct GuidPoolState {
   GuidNode* heads[GuidPool::kBuckets];
+  GuidNode* tails[GuidPool::kBuckets];
+  HashIndex<GuidNode> index;
   std::atomic<bool> initialized;
 };
 
@@ -42,7 +47,7 @@ ZELSmartMutex& GuidPool::Lock() {
 void GuidPool::Initialize() {
   ScopedLock guard(Lock());
   if (g_pool.initialized.load(std::memory_order_relaxed)) return;
-  for (GuidNode*& head : g_pool.heads) head = nullptr;
+  for (int i = 0; i < kBuckets; ++i) g_pool.heads[i] = g_pool.tails[i] = nullptr;
   // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
   g_pool.initialized.exchange(true, std::memory_order_seq_cst);
 }
@@ -60,16 +65,29 @@ const _GUID* GuidPool::Intern(const _GUID* guid) {
   if (!g_pool.initialized.load(std::memory_order_acquire)) Initialize();
 
   const uint32_t bucket = Bucket(guid);
+  const uint64_t hash = HashOfBytes(guid, 16, nullptr, 0);
   ScopedLock guard(Lock());
-  GuidNode** link = &g_pool.heads[bucket];
-  for (GuidNode* node = *link; node != nullptr; link = &node->next, node = *link) {
-    if (SameGuid(node->guid, *guid)) return &node->guid;
+  if (g_pool.index.Usable()) {
+    GuidNode* found = g_pool.index.Find(
+        hash, [guid](const GuidNode* node) { return SameGuid(node->guid, *guid); });
+    if (found != nullptr) return &found->guid;
+  } else {
+    for (GuidNode* node = g_pool.heads[bucket]; node != nullptr; node = node->next) {
+      if (SameGuid(node->guid, *guid)) return &node->guid;
+    }
   }
   auto* node = static_cast<GuidNode*>(g_allocate.load(std::memory_order_relaxed)(sizeof(GuidNode)));
   if (node == nullptr) return nullptr;
   node->next = nullptr;
   std::memcpy(&node->guid, guid, 16);
-  *link = node;  // appended: chains stay in order of first interning
+  // Appended: chains stay in order of first interning.
+  if (g_pool.tails[bucket] == nullptr) {
+    g_pool.heads[bucket] = node;
+  } else {
+    g_pool.tails[bucket]->next = node;
+  }
+  g_pool.tails[bucket] = node;
+  g_pool.index.Add(hash, node);
   return &node->guid;
 }
 

@@ -22,10 +22,22 @@ struct Chunk {
   char storage[StringPool::kChunkBytes];
 };
 
+// A sorted mirror of one chain: the same nodes in the same order, in an array, so that finding
+// a text or its place costs a binary search instead of a walk. Chains can grow long (4096 fixed
+// buckets, and similar names cluster in a few of them). If the array cannot grow, the mirror of
+// that bucket gives up for good and the chain is walked instead.
+struct ChainMirror {
+  StringNode** nodes;
+  int32_t count;
+  int32_t capacity;
+  bool abandoned;
+};
+
 // Process-wide state in static storage, zero at load (constant initialisation: usable from any
 // library's static initialisation). Everything but `initialized` is guarded by StringPool::Lock().
 struct StringPoolState {
   StringNode* heads[StringPool::kBuckets];
+  ChainMirror mirrors[StringPool::kBuckets];
   Chunk* chunk_head;
   Chunk* chunk_tail;
   char* write_position;
@@ -38,6 +50,36 @@ std::atomic<void* (*)(size_t)> g_allocate{&std::malloc};
 
 void* Allocate(size_t size) {
   return g_allocate.load(std::memory_order_relaxed)(size);
+}
+
+// Where a node stands against the text (text, n) in chain order: negative when the node comes
+// first (longer, or as long and smaller by strcmp), 0 when equal, positive when it comes after.
+int ChainOrder(const StringNode* node, const char* text, int32_t n) {
+  if (node->length != n) return node->length > n ? -1 : 1;
+  return std::strcmp(node->text, text);
+}
+
+// Puts node at position pos of the mirror (the same position it took in the chain).
+void MirrorInsertLocked(ChainMirror& mirror, int32_t pos, StringNode* node) {
+  if (mirror.abandoned) return;
+  if (mirror.count == mirror.capacity) {
+    const int32_t capacity = mirror.capacity == 0 ? 4 : mirror.capacity * 2;
+    auto* nodes = static_cast<StringNode**>(std::malloc(sizeof(StringNode*) * size_t(capacity)));
+    if (nodes == nullptr) {
+      std::free(mirror.nodes);
+      mirror = ChainMirror{nullptr, 0, 0, true};
+      return;
+    }
+    if (mirror.count > 0)
+      std::memcpy(nodes, mirror.nodes, sizeof(StringNode*) * size_t(mirror.count));
+    std::free(mirror.nodes);
+    mirror.nodes = nodes;
+    mirror.capacity = capacity;
+  }
+  std::memmove(mirror.nodes + pos + 1, mirror.nodes + pos,
+               sizeof(StringNode*) * size_t(mirror.count - pos));
+  mirror.nodes[pos] = node;
+  ++mirror.count;
 }
 
 }  // namespace
@@ -75,13 +117,29 @@ const char* StringPool::Intern(const char* text) {
   ScopedLock guard(Lock());
   // Find the string, or the place where it goes: chains are ordered by length, longest first,
   // then by ascending strcmp order.
+  ChainMirror& mirror = g_pool.mirrors[bucket];
   StringNode** link = &g_pool.heads[bucket];
-  for (StringNode* node = *link; node != nullptr; link = &node->next, node = *link) {
-    if (node->length < n) break;
-    if (node->length > n) continue;
-    const int order = std::strcmp(node->text, text);
-    if (order == 0) return node->text;
-    if (order > 0) break;
+  int32_t pos = 0;
+  if (!mirror.abandoned) {
+    int32_t hi = mirror.count;
+    while (pos < hi) {
+      const int32_t mid = pos + (hi - pos) / 2;
+      if (ChainOrder(mirror.nodes[mid], text, n) < 0) {
+        pos = mid + 1;
+      } else {
+        hi = mid;
+      }
+    }
+    if (pos < mirror.count && ChainOrder(mirror.nodes[pos], text, n) == 0) {
+      return mirror.nodes[pos]->text;
+    }
+    if (pos > 0) link = &mirror.nodes[pos - 1]->next;
+  } else {
+    for (StringNode* node = *link; node != nullptr; link = &node->next, node = *link) {
+      const int order = ChainOrder(node, text, n);
+      if (order == 0) return node->text;
+      if (order > 0) break;
+    }
   }
 
   if (n >= kChunkBytes) return nullptr;
@@ -116,6 +174,7 @@ const char* StringPool::Intern(const char* text) {
   node->length = n;
   node->next = *link;
   *link = node;
+  MirrorInsertLocked(mirror, pos, node);
   return pooled;
 }
 

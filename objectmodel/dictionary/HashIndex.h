@@ -38,8 +38,8 @@ class HashIndex {
   // Adds an item under hash. When the index cannot grow it gives up (see Usable()).
   void Add(uint64_t hash, T* item) {
     if (abandoned_ || item == nullptr) return;
-    // The load stays at most 3/4, so every probe sequence ends at an empty slot.
-    if (slots_ == nullptr || (used_ + 1) * 4 > (mask_ + 1) * 3) {
+    // The load stays at most 1/2: probe sequences stay short and always end at an empty slot.
+    if (slots_ == nullptr || (used_ + 1) * 2 > mask_ + 1) {
       if (!Grow()) {
         std::free(slots_);
         slots_ = nullptr;

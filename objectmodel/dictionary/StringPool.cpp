@@ -7,6 +7,7 @@
 
 #include "core/NoDestructor.h"
 #include "core/ScopedLock.h"
+#include "dictionary/HashIndex.h"
 
 namespace {
 
@@ -38,6 +39,7 @@ struct ChainMirror {
 struct StringPoolState {
   StringNode* heads[StringPool::kBuckets];
   ChainMirror mirrors[StringPool::kBuckets];
+  HashIndex<StringNode> index;  // every pooled text by a 64-bit hash: a hit costs one probe
   Chunk* chunk_head;
   Chunk* chunk_tail;
   char* write_position;
@@ -113,8 +115,15 @@ const char* StringPool::Intern(const char* text) {
 
   int32_t n = 0;
   const uint32_t bucket = Bucket(text, &n);
+  const uint64_t hash = HashOfNames(text, "");
 
   ScopedLock guard(Lock());
+  if (g_pool.index.Usable()) {
+    const StringNode* known = g_pool.index.Find(hash, [text, n](const StringNode* node) {
+      return node->length == n && std::strcmp(node->text, text) == 0;
+    });
+    if (known != nullptr) return known->text;
+  }
   // Find the string, or the place where it goes: chains are ordered by length, longest first,
   // then by ascending strcmp order.
   ChainMirror& mirror = g_pool.mirrors[bucket];
@@ -175,6 +184,7 @@ const char* StringPool::Intern(const char* text) {
   node->next = *link;
   *link = node;
   MirrorInsertLocked(mirror, pos, node);
+  g_pool.index.Add(hash, node);
   return pooled;
 }
 

@@ -16,6 +16,7 @@
 #include "core/NoDestructor.h"
 #include "core/ScopedLock.h"
 #include "dictionary/GuidPool.h"
+#include "dictionary/HashIndex.h"
 #include "dictionary/StringPool.h"
 #include "dictionaryfiles/IidTable.h"
 
@@ -26,8 +27,12 @@ struct ClsidNode {
   ClsidNode* next;
 };
 
+// The tails make an append O(1) and the index finds a CLSID without walking its chain, so that
+// a large dictionary loads in linear time although the number of buckets is fixed.
 struct ClsidTableState {
   ClsidNode* buckets[ClsidTable::kBuckets];
+  ClsidNode* tails[ClsidTable::kBuckets];
+  HashIndex<const ClsidEntry> index;
   std::atomic<uint8_t> initialised;
 };
 
@@ -37,14 +42,19 @@ bool InitialisedFlag() {
   return g_clsids.initialised.load(std::memory_order_acquire) != 0;
 }
 
-// Walks the chain of clsid. Returns its entry, or null with *tail set to the link where a new
-// node goes (the end of the chain).
-const ClsidEntry* WalkChain(const _GUID& clsid, ClsidNode*** tail) {
-  ClsidNode** link = &g_clsids.buckets[IdentifierBucket(clsid)];
-  for (; *link != nullptr; link = &(*link)->next) {
-    if (*(*link)->entry->class_id == clsid) return (*link)->entry;
+uint64_t HashOf(const _GUID& clsid) {
+  return HashOfBytes(&clsid, sizeof(_GUID), nullptr, 0);
+}
+
+// The entry of clsid in its bucket's chain, through the index while it is complete.
+const ClsidEntry* FindInChain(int bucket, uint64_t hash, const _GUID& clsid) {
+  if (g_clsids.index.Usable()) {
+    return g_clsids.index.Find(hash,
+                               [&clsid](const ClsidEntry* e) { return *e->class_id == clsid; });
   }
-  if (tail != nullptr) *tail = link;
+  for (ClsidNode* node = g_clsids.buckets[bucket]; node != nullptr; node = node->next) {
+    if (*node->entry->class_id == clsid) return node->entry;
+  }
   return nullptr;
 }
 
@@ -58,9 +68,9 @@ ZELSmartMutex& ClsidTable::TableLock() {
 void ClsidTable::Initialize() {
   ScopedLock hold(TableLock());
   if (g_clsids.initialised.load(std::memory_order_relaxed) != 0) return;
-  for (int i = 0; i < kBuckets; ++i) g_clsids.buckets[i] = nullptr;
-  g_clsids.initialised.store(1, std::memory_order_seq_cst);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  for (int i = 0; i < kBuckets; ++i) g_clsids.buckets[i] = g_clsids.tails[i] = nullptr;
+  // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
+  g_clsids.initialised.exchange(1, std::memory_order_seq_cst);
 }
 
 const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
@@ -68,8 +78,9 @@ const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
   if (className == nullptr) return nullptr;
   if (!InitialisedFlag()) Initialize();
 
-  ClsidNode** tail = nullptr;
-  if (const ClsidEntry* known = WalkChain(clsid, &tail)) {
+  const int bucket = IdentifierBucket(clsid);
+  const uint64_t hash = HashOf(clsid);
+  if (const ClsidEntry* known = FindInChain(bucket, hash, clsid)) {
     if (std::strcmp(known->class_name, className) != 0) return nullptr;
     // An entry made without a library keeps none: a later line is accepted but adds nothing.
     if (libraryName == nullptr || known->library_name == nullptr) return known;
@@ -93,11 +104,17 @@ const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
   entry->library_name = pooledLibrary;
   node->entry = entry;
   node->next = nullptr;
-  *tail = node;  // interning never touches this chain, so the tail is still the end
+  if (g_clsids.tails[bucket] == nullptr) {
+    g_clsids.buckets[bucket] = node;
+  } else {
+    g_clsids.tails[bucket]->next = node;
+  }
+  g_clsids.tails[bucket] = node;
+  g_clsids.index.Add(hash, entry);
   return entry;
 }
 
 const ClsidEntry* ClsidTable::Find(const _GUID& clsid) {
   if (!InitialisedFlag()) return nullptr;
-  return WalkChain(clsid, nullptr);
+  return FindInChain(IdentifierBucket(clsid), HashOf(clsid), clsid);
 }

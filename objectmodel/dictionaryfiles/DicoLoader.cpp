@@ -113,6 +113,7 @@ void DicoLoader::Load() {
   }
   std::free(pathCopy);
 
-  g_loaded.store(1, std::memory_order_seq_cst);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  // Set only after a completed walk; a sequentially consistent read-modify-write is a full fence,
+  // so a thread that sees the flag sees everything the walk wrote.
+  g_loaded.exchange(1, std::memory_order_seq_cst);
 }

@@ -17,6 +17,7 @@
 #include "core/NoDestructor.h"
 #include "core/ScopedLock.h"
 #include "dictionary/GuidPool.h"
+#include "dictionary/HashIndex.h"
 #include "dictionary/StringPool.h"
 
 namespace {
@@ -26,9 +27,15 @@ struct IidNode {
   IidNode* next;
 };
 
+// The tails make an append O(1) and the indexes find an IID or a name without walking its chain,
+// so that a large dictionary loads in linear time although the number of buckets is fixed.
 struct IidTableState {
   IidNode* by_iid[IidTable::kBuckets];
   IidNode* by_name[IidTable::kBuckets];
+  IidNode* iid_tails[IidTable::kBuckets];
+  IidNode* name_tails[IidTable::kBuckets];
+  HashIndex<const IidEntry> iid_index;
+  HashIndex<const IidEntry> name_index;
   std::atomic<uint8_t> initialised;
 };
 
@@ -38,25 +45,42 @@ bool InitialisedFlag() {
   return g_iids.initialised.load(std::memory_order_acquire) != 0;
 }
 
-// Walks the by-IID chain of iid. Returns the entry of iid, or null with *tail set to the link
-// where a new node goes (the end of the chain).
-const IidEntry* WalkByIid(const _GUID& iid, IidNode*** tail) {
-  IidNode** link = &g_iids.by_iid[IdentifierBucket(iid)];
-  for (; *link != nullptr; link = &(*link)->next) {
-    if (*(*link)->entry->interface_id == iid) return (*link)->entry;
+uint64_t HashOfIid(const _GUID& iid) {
+  return HashOfBytes(&iid, sizeof(_GUID), nullptr, 0);
+}
+uint64_t HashOfName(const char* name) {
+  return HashOfNames(name, "");
+}
+
+// The entry of iid in its by-IID chain, through the index while it is complete.
+const IidEntry* FindByIid(const _GUID& iid) {
+  auto same = [&iid](const IidEntry* e) { return *e->interface_id == iid; };
+  if (g_iids.iid_index.Usable()) return g_iids.iid_index.Find(HashOfIid(iid), same);
+  for (IidNode* node = g_iids.by_iid[IdentifierBucket(iid)]; node != nullptr; node = node->next) {
+    if (same(node->entry)) return node->entry;
   }
-  if (tail != nullptr) *tail = link;
   return nullptr;
 }
 
-// The same over the by-name chain of name.
-const IidEntry* WalkByName(const char* name, IidNode*** tail) {
-  IidNode** link = &g_iids.by_name[InterfaceNameBucket(name)];
-  for (; *link != nullptr; link = &(*link)->next) {
-    if (std::strcmp((*link)->entry->interface_name, name) == 0) return (*link)->entry;
+// The entry of name in its by-name chain, through the index while it is complete.
+const IidEntry* FindByName(const char* name) {
+  auto same = [name](const IidEntry* e) { return std::strcmp(e->interface_name, name) == 0; };
+  if (g_iids.name_index.Usable()) return g_iids.name_index.Find(HashOfName(name), same);
+  for (IidNode* node = g_iids.by_name[InterfaceNameBucket(name)]; node != nullptr;
+       node = node->next) {
+    if (same(node->entry)) return node->entry;
   }
-  if (tail != nullptr) *tail = link;
   return nullptr;
+}
+
+// Appends node at the end of a chain.
+void Append(IidNode*& head, IidNode*& tail, IidNode* node) {
+  if (tail == nullptr) {
+    head = node;
+  } else {
+    tail->next = node;
+  }
+  tail = node;
 }
 
 }  // namespace
@@ -88,11 +112,11 @@ void IidTable::Initialize() {
   ScopedLock hold(TableLock());
   if (g_iids.initialised.load(std::memory_order_relaxed) != 0) return;
   for (int i = 0; i < kBuckets; ++i) {
-    g_iids.by_iid[i] = nullptr;
-    g_iids.by_name[i] = nullptr;
+    g_iids.by_iid[i] = g_iids.iid_tails[i] = nullptr;
+    g_iids.by_name[i] = g_iids.name_tails[i] = nullptr;
   }
-  g_iids.initialised.store(1, std::memory_order_seq_cst);
-  std::atomic_thread_fence(std::memory_order_seq_cst);
+  // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
+  g_iids.initialised.exchange(1, std::memory_order_seq_cst);
 }
 
 int IidTable::Insert(const _GUID& iid, const char* name) {
@@ -100,12 +124,10 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
   if (!InitialisedFlag()) Initialize();
 
   // A name is known with exactly one IID and an IID under exactly one name.
-  IidNode** nameTail = nullptr;
-  IidNode** iidTail = nullptr;
-  if (const IidEntry* known = WalkByName(name, &nameTail)) {
+  if (const IidEntry* known = FindByName(name)) {
     return *known->interface_id == iid ? 1 : 0;
   }
-  if (WalkByIid(iid, &iidTail) != nullptr) return 0;  // known under another name
+  if (FindByIid(iid) != nullptr) return 0;  // known under another name
 
   const char* pooledName = StringPool::Intern(name);
   const _GUID* pooledIid = GuidPool::Intern(&iid);
@@ -126,21 +148,23 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
   iidNode->next = nullptr;
   nameNode->entry = entry;
   nameNode->next = nullptr;
-  // Interning takes only the pools' locks and never touches these chains: the tails found by
-  // the walks are still the ends.
-  *iidTail = iidNode;
-  *nameTail = nameNode;
+  const int iidBucket = IdentifierBucket(iid);
+  const int nameBucket = InterfaceNameBucket(name);
+  Append(g_iids.by_iid[iidBucket], g_iids.iid_tails[iidBucket], iidNode);
+  Append(g_iids.by_name[nameBucket], g_iids.name_tails[nameBucket], nameNode);
+  g_iids.iid_index.Add(HashOfIid(iid), entry);
+  g_iids.name_index.Add(HashOfName(name), entry);
   return 1;
 }
 
 const char* IidTable::FindName(const _GUID& iid) {
   if (!InitialisedFlag()) return nullptr;
-  const IidEntry* entry = WalkByIid(iid, nullptr);
+  const IidEntry* entry = FindByIid(iid);
   return entry != nullptr ? entry->interface_name : nullptr;
 }
 
 const _GUID* IidTable::FindIid(const char* name) {
   if (name == nullptr || !InitialisedFlag()) return nullptr;
-  const IidEntry* entry = WalkByName(name, nullptr);
+  const IidEntry* entry = FindByName(name);
   return entry != nullptr ? entry->interface_id : nullptr;
 }

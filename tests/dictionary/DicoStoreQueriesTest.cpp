@@ -1,78 +1,82 @@
-// Queries over the dictionary store: which of them have the dictionary files read, the meta
-// object of a class name or class identifier, and the name of a GUID.
+// Meta object records and the queries over the dictionary store: registration merged with the
+// record of a dictionary line, which queries have the dictionary files read, the meta object of
+// a class name or identifier, and the name of a GUID.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "TestSupport.h"
-#include "ZELSysTSMetaClass.h"
 #include "dictionary/DicoStore.h"
 #include "dictionaryfiles/DicoLoader.h"
+#include "meta/ZELSysTSMetaClassBase.h"
 
 namespace {
 
-using zeltest::ScopedEnv;
-using zeltest::StderrCapture;
-using zeltest::TempDir;
-
-// A meta object that only knows its name and identifier.
-class NamedMeta : public ZELSysTSMetaClass {
- public:
-  NamedMeta(const char* name, const _GUID& id) : name_(name), id_(id) {}
-  using ZELSysTSMetaClass::IsAKindOf;
-  const char* GetClassName() const override { return name_; }
-  int IsAKindOf(const char*) const override { return 0; }
-  const _GUID* GetClassId() const override { return &id_; }
-  int IsAKindOf(const _GUID*) const override { return 0; }
-  ZELSysTSMetaClass* GetBaseMetaObject() const override { return nullptr; }
-  ZELSysTSMetaClass* GetEffectiveMetaObject() override { return this; }
-
- private:
-  const char* name_;
-  _GUID id_;
-};
-
-// {12345678-9ABC-DEF0-0123-456789ABCDEF}
-const _GUID kGadgetId = {
-    0x12345678, 0x9ABC, 0xDEF0, {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
-// {0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5}
-const _GUID kFileOnlyId = {
-    0x0C1D2E3F, 0x4A5B, 0x6C7D, {0x8E, 0x9F, 0xA0, 0xB1, 0xC2, 0xD3, 0xE4, 0xF5}};
-// {F5E4D3C2-B1A0-9F8E-7D6C-5B4A3F2E1D0C}
-const _GUID kNamelessId = {
-    0xF5E4D3C2, 0xB1A0, 0x9F8E, {0x7D, 0x6C, 0x5B, 0x4A, 0x3F, 0x2E, 0x1D, 0x0C}};
+int g_fn;
+// The first three are named in the folder's ".iidts" file.
+const _GUID kGadgetId = {1, 0, 0, {0}}, kFileOnlyId = {2, 0, 0, {0}}, kNamelessId = {3, 0, 0, {0}};
 const _GUID kUnknownId = {0xDEADBEEF, 0, 0, {0}};
-const _GUID kSomeItf = {0x00000001, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
-// A dictionary folder with one ".dicts" and one ".iidts" file, named by ZELDictionaryPath.
+DicoEntry* RegisterMeta(ZELSysTSMetaClassBase* meta, const char* name) {
+  return DicoStore::Register(meta->GetClassId(), &CLSID_ZELSysTSMetaClass, name, "MetaObject",
+                             nullptr, meta);
+}
+
 class DicoStoreQueriesTest : public ::testing::Test {
  protected:
-  DicoStoreQueriesTest() : env_("ZELDictionaryPath", dir_.path().c_str()) {
+  void SetUp() override {
     dir_.Write("vehicles.dicts", "Vehicle IVehicle libVehicleImpl\n");
     dir_.Write("names.iidts",
-               "{12345678-9ABC-DEF0-0123-456789ABCDEF} IGadgetFromFile\n"
-               "{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5} IFileOnly\n"
-               "{F5E4D3C2-B1A0-9F8E-7D6C-5B4A3F2E1D0C} INameless\n");
+               "{00000001-0000-0000-0000-000000000000} IGadgetFromFile\n"
+               "{00000002-0000-0000-0000-000000000000} IFileOnly\n"
+               "{00000003-0000-0000-0000-000000000000} INameless\n");
   }
-
-  void RegisterMeta(NamedMeta* meta, const char* name) {
-    ASSERT_NE(nullptr, DicoStore::Register(meta->GetClassId(), &CLSID_ZELSysTSMetaClass, name,
-                                           "MetaObject", nullptr, meta));
-  }
-
-  TempDir dir_;
-  ScopedEnv env_;
-  StderrCapture err_;
+  zeltest::TempDir dir_;
+  zeltest::ScopedEnv env_{"ZELDictionaryPath", dir_.path().c_str()};
+  zeltest::StderrCapture err_;
 };
 
-TEST_F(DicoStoreQueriesTest, OnlyLoadFlagOneHasTheFilesRead) {
-  ASSERT_NE(nullptr, DicoStore::InsertByNames("Early", "IEarly", nullptr, nullptr, nullptr, nullptr,
-                                              nullptr));
-  ASSERT_NE(nullptr, DicoStore::InsertByGuids(&kGadgetId, &kSomeItf, &dir_, nullptr));
+TEST_F(DicoStoreQueriesTest, RegistrationMergesWithTheNamesRecordAndNeverReadsTheFiles) {
+  DicoEntry* line =
+      DicoStore::InsertByNames("Car", "ICar", "libCarImpl", nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(line, DicoStore::Register(&kGadgetId, &kFileOnlyId, "Car", "ICar", nullptr, &g_fn));
+  EXPECT_STREQ("CarImpl", line->library_name);
+  EXPECT_EQ(&g_fn, line->Creator());
+  EXPECT_EQ(line, DicoStore::FindByGuids(&kGadgetId, &kFileOnlyId));
+  EXPECT_EQ(1, DicoStore::NameChainForTesting(DicoStore::NameBucket("Car", "ICar"), nullptr, 0));
 
+  // Both identifiers without both names: by identifiers only. Names and one identifier: by names.
+  DicoEntry* byIds = DicoStore::Register(&kNamelessId, &kGadgetId, "Car", nullptr, "lib", &g_fn);
+  ASSERT_NE(nullptr, byIds);
+  EXPECT_EQ(byIds, DicoStore::FindByGuids(&kNamelessId, &kGadgetId));
+  EXPECT_EQ(nullptr, byIds->class_name);
+  EXPECT_EQ(nullptr, byIds->library_name);
+  DicoEntry* byNames = DicoStore::Register(&kGadgetId, nullptr, "Solo", "ISolo", "libSo", &g_fn);
+  ASSERT_NE(nullptr, byNames);
+  EXPECT_EQ(byNames, DicoStore::FindByNames("Solo", "ISolo"));
+  EXPECT_EQ(nullptr, byNames->class_id);
+  EXPECT_EQ(nullptr, DicoStore::Register(nullptr, &kGadgetId, "Solo", nullptr, nullptr, &g_fn));
+
+  // A second meta object for a class fails in both tables; the first stays.
+  static ZELSysTSMetaClassBase gadget(&kGadgetId, "Gadget", nullptr);
+  static ZELSysTSMetaClassBase other(&kGadgetId, "Gadget", nullptr);
+  DicoEntry* reg = RegisterMeta(&gadget, "Gadget");
+  EXPECT_EQ(nullptr, RegisterMeta(&other, "Gadget"));
+  EXPECT_EQ("Problem allocating structure dico\nProblem allocating structure dico\n", err_.Take());
+  EXPECT_EQ(&gadget, DicoStore::FindMetaObject("Gadget"));
+  EXPECT_EQ(reg, DicoStore::FindByGuids(&kGadgetId, &CLSID_ZELSysTSMetaClass));
+  EXPECT_EQ(nullptr, DicoStore::FindMetaObject("Vehicle"));
+  EXPECT_EQ(nullptr, DicoStore::FindMetaObject(nullptr));
+  EXPECT_FALSE(DicoLoader::IsLoaded());
+}
+
+TEST_F(DicoStoreQueriesTest, OnlyLoadFlagOneHasLookupByNamesReadTheFiles) {
+  DicoStore::InsertByNames("Early", "IEarly", nullptr, nullptr, nullptr, nullptr, nullptr);
   EXPECT_NE(nullptr, DicoStore::LookupByNames("Early", "IEarly", 0));
-  EXPECT_NE(nullptr, DicoStore::LookupByGuids(&kGadgetId, &kSomeItf, 2));
-  EXPECT_EQ(nullptr, DicoStore::LookupByNames("Vehicle", "IVehicle", 0));
-  EXPECT_EQ(nullptr, DicoStore::LookupByNames("Vehicle", "IVehicle", 2));
-  EXPECT_EQ(nullptr, DicoStore::LookupByNames("Vehicle", "IVehicle", -1));
+  for (int16_t flag : {0, 2, -1}) {
+    EXPECT_EQ(nullptr, DicoStore::LookupByNames("Vehicle", "IVehicle", flag));
+    EXPECT_EQ(nullptr, DicoStore::LookupByGuids(&kGadgetId, &kUnknownId, flag));
+  }
   EXPECT_EQ(nullptr, DicoStore::LookupByNames(nullptr, "IVehicle", 1));
   EXPECT_FALSE(DicoLoader::IsLoaded());
 
@@ -80,46 +84,28 @@ TEST_F(DicoStoreQueriesTest, OnlyLoadFlagOneHasTheFilesRead) {
   EXPECT_TRUE(DicoLoader::IsLoaded());
   ASSERT_NE(nullptr, vehicle);
   EXPECT_STREQ("VehicleImpl", vehicle->library_name);
-  EXPECT_EQ(vehicle, DicoStore::LookupByNames("Vehicle", "IVehicle", 0));
   EXPECT_EQ("", err_.Take());
 }
 
-TEST_F(DicoStoreQueriesTest, LookupByGuidsWithLoadFlagOneHasTheFilesRead) {
-  EXPECT_EQ(nullptr, DicoStore::LookupByGuids(&kGadgetId, &kSomeItf, 1));
+TEST_F(DicoStoreQueriesTest, LoadFlagOneHasLookupByGuidsReadTheFiles) {
+  EXPECT_EQ(nullptr, DicoStore::LookupByGuids(&kGadgetId, &kUnknownId, 1));
   EXPECT_TRUE(DicoLoader::IsLoaded());
   EXPECT_EQ("", err_.Take());
 }
 
-TEST_F(DicoStoreQueriesTest, FindMetaObjectNeverReadsTheFiles) {
-  static NamedMeta gadget("Gadget", kGadgetId);
-  RegisterMeta(&gadget, "Gadget");
-  EXPECT_EQ(&gadget, DicoStore::FindMetaObject("Gadget"));
-  EXPECT_EQ(nullptr, DicoStore::FindMetaObject("Vehicle"));
-  EXPECT_EQ(nullptr, DicoStore::FindMetaObject(nullptr));
-  EXPECT_FALSE(DicoLoader::IsLoaded());
-  EXPECT_EQ("", err_.Take());
-}
-
-TEST_F(DicoStoreQueriesTest, MetaObjectOfClassIdReadsTheFilesFirst) {
-  static NamedMeta gadget("Gadget", kGadgetId);
-  RegisterMeta(&gadget, "Gadget");
+TEST_F(DicoStoreQueriesTest, MetaObjectByIdentifierAndNameOfGuidReadTheFiles) {
+  static ZELSysTSMetaClassBase gadget(&kGadgetId, "Gadget", nullptr);
+  static ZELSysTSMetaClassBase nameless(&kNamelessId, nullptr, nullptr);
+  ASSERT_NE(nullptr, RegisterMeta(&gadget, "Gadget"));
+  ASSERT_NE(nullptr, RegisterMeta(&nameless, "Nameless"));
   EXPECT_EQ(&gadget, DicoStore::MetaObjectOfClassId(&kGadgetId));
   EXPECT_TRUE(DicoLoader::IsLoaded());
   EXPECT_EQ(nullptr, DicoStore::MetaObjectOfClassId(&kUnknownId));
-  EXPECT_NE(nullptr, DicoStore::FindByNames("Vehicle", "IVehicle"));
-  EXPECT_EQ("", err_.Take());
-}
-
-TEST_F(DicoStoreQueriesTest, NameOfGuidPrefersTheMetaObjectThenTheInterfaceTable) {
-  static NamedMeta gadget("Gadget", kGadgetId);
-  static NamedMeta nameless(nullptr, kNamelessId);
-  RegisterMeta(&gadget, "Gadget");
-  RegisterMeta(&nameless, "Nameless");
+  // The meta object's name first (even when the file names the GUID), then the file's.
   EXPECT_STREQ("Gadget", DicoStore::NameOfGuid(&kGadgetId));
   EXPECT_STREQ("IFileOnly", DicoStore::NameOfGuid(&kFileOnlyId));
   EXPECT_STREQ("INameless", DicoStore::NameOfGuid(&kNamelessId));
   EXPECT_EQ(nullptr, DicoStore::NameOfGuid(&kUnknownId));
-  EXPECT_TRUE(DicoLoader::IsLoaded());
   EXPECT_EQ("", err_.Take());
 }
 

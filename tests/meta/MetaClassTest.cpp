@@ -1,7 +1,18 @@
-// The meta classes on their own: kinds, the three kind tests, the effective base, and the
-// extended-class list of extension meta objects.
+// The meta classes on their own: the three kind tests, the effective base, the extended-class
+// list, the interface table, and the search order of FindInterfaceCreator over creators that the
+// dictionary store already holds (no library is loaded).
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "TestSupport.h"
+#include "ZELSysTSFindOrCreateMetaObject.h"
+#include "ZELThrLibraryManager.h"
+#include "dictionary/DicoStore.h"
 #include "dictionary/StringPool.h"
 #include "meta/ZELSysTSMetaClassExt.h"
 
@@ -10,10 +21,9 @@ namespace {
 const _GUID kRootId = {0x10, 0, 0, {0, 0, 0, 0, 0, 0, 0, 1}};
 const _GUID kMiddleId = {0x20, 0, 0, {0, 0, 0, 0, 0, 0, 0, 2}};
 const _GUID kLeafId = {0x30, 0, 0, {0, 0, 0, 0, 0, 0, 0, 3}};
-const _GUID kOtherId = {0x40, 0, 0, {0, 0, 0, 0, 0, 0, 0, 4}};
 
-// A meta class written outside the library: it presents `stand_in` as its effective meta object
-// and `base` as its base.
+// A meta class written outside the library: it presents stand_in as its effective meta object
+// and base as its base.
 class ForeignMeta : public ZELSysTSMetaClass {
  public:
   ForeignMeta(ZELSysTSMetaClass* standIn, ZELSysTSMetaClass* base)
@@ -31,149 +41,146 @@ class ForeignMeta : public ZELSysTSMetaClass {
   ZELSysTSMetaClass* base_;
 };
 
-// Root <- Middle <- Leaf, built as registration would build them (meta objects are never
-// deleted in the library; the tests free them to keep leak checkers quiet).
-struct Chain {
-  ZELSysTSMetaClassBase root{&kRootId, "Root", nullptr};
-  ZELSysTSMetaClassImpl middle{&kMiddleId, "Middle", &root};
-  ZELSysTSMetaClassExt leaf{&kLeafId, "Leaf", &middle, ZELSysTSTypeTransientExtension};
-};
+// Distinct creator values for the tables; they are stored and compared, never called.
+int g_creators[2];
+const auto kCreatorA = reinterpret_cast<ZELSysTSInterfaceCreator>(&g_creators[0]);
+const auto kCreatorB = reinterpret_cast<ZELSysTSInterfaceCreator>(&g_creators[1]);
 
-TEST(MetaClass, ConstructionInternsNameAndIdentifier) {
-  const char name[] = "Interned";
-  _GUID id = kOtherId;
-  ZELSysTSMetaClassBase meta(&id, name, nullptr);
-  EXPECT_EQ(meta.GetClassName(), StringPool::Intern("Interned"));
-  EXPECT_NE(meta.GetClassName(), name);
-  ASSERT_NE(meta.GetClassId(), nullptr);
-  EXPECT_NE(meta.GetClassId(), &id);
-  EXPECT_EQ(*meta.GetClassId(), kOtherId);
-  EXPECT_EQ(meta.GetBaseMetaObject(), nullptr);
-  EXPECT_EQ(meta.GetEffectiveMetaObject(), &meta);
-}
+TEST(MetaClass, IsAKindOfWalksTheBaseChainByMetaObjectNameAndIdentifier) {
+  ZELSysTSMetaClassBase root(&kRootId, "Root", nullptr);
+  ZELSysTSMetaClassImpl middle(&kMiddleId, "Middle", &root);
+  ZELSysTSMetaClassExt leaf(&kLeafId, "Leaf", &middle, ZELSysTSTypeTransientExtension);
+  EXPECT_EQ(leaf.IsAKindOf(&leaf), 1);
+  EXPECT_EQ(leaf.IsAKindOf(&root), 1);
+  EXPECT_EQ(root.IsAKindOf(&leaf), 0);
+  EXPECT_EQ(middle.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(nullptr)), 0);
+  // The walk by meta object goes through the virtual GetBaseMetaObject.
+  ForeignMeta foreign(nullptr, &middle);
+  EXPECT_EQ(foreign.IsAKindOf(&root), 1);
+  EXPECT_EQ(foreign.IsAKindOf(&leaf), 0);
 
-TEST(MetaClass, KindsAnswerExtensionAndCreatorQueries) {
-  Chain c;
-  EXPECT_EQ(c.root.GetExtensionMetaClass(), nullptr);
-  EXPECT_EQ(c.middle.GetExtensionMetaClass(), nullptr);
-  EXPECT_EQ(c.leaf.GetExtensionMetaClass(), &c.leaf);
-  EXPECT_EQ(c.leaf.GetTypeOfClass(), ZELSysTSTypeTransientExtension);
-  ZELSysTSMetaClassExt chained(&kOtherId, "Chained", nullptr, ZELSysTSTypeChainedExtension);
-  EXPECT_EQ(chained.GetTypeOfClass(), ZELSysTSTypeChainedExtension);
+  const std::string rootName = std::string("Ro") + "ot";  // compared by content
+  EXPECT_EQ(leaf.IsAKindOf(rootName.c_str()), 1);
+  EXPECT_EQ(leaf.IsAKindOf("Leaf"), 1);
+  EXPECT_EQ(root.IsAKindOf("Middle"), 0);
+  EXPECT_EQ(leaf.IsAKindOf("Lea"), 0);
+  EXPECT_EQ(leaf.IsAKindOf(static_cast<const char*>(nullptr)), 0);
 
-  // A plain meta object has no creator for anything and never records.
-  for (const _GUID* iid : {&kRootId, &kLeafId, &CLSID_ZELSysTSMetaClass}) {
-    EXPECT_EQ(c.root.FindInterfaceCreator(*iid), nullptr);
-  }
-}
-
-TEST(MetaClass, IsAKindOfByMetaObject) {
-  Chain c;
-  EXPECT_EQ(c.leaf.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(&c.leaf)), 1);
-  EXPECT_EQ(c.leaf.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(&c.middle)), 1);
-  EXPECT_EQ(c.leaf.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(&c.root)), 1);
-  EXPECT_EQ(c.root.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(&c.leaf)), 0);
-  EXPECT_EQ(c.middle.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(nullptr)), 0);
-
-  // The walk goes through the virtual GetBaseMetaObject, so a foreign class's own chain counts.
-  ForeignMeta foreign(nullptr, &c.middle);
-  EXPECT_EQ(foreign.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(&c.root)), 1);
-  EXPECT_EQ(foreign.IsAKindOf(static_cast<const ZELSysTSMetaClass*>(&c.leaf)), 0);
-}
-
-TEST(MetaClass, IsAKindOfByName) {
-  Chain c;
-  EXPECT_EQ(c.leaf.IsAKindOf("Leaf"), 1);
-  EXPECT_EQ(c.leaf.IsAKindOf("Middle"), 1);
-  // Compared by content, not by pooled address.
-  std::string root = "Ro";
-  root += "ot";
-  EXPECT_EQ(c.leaf.IsAKindOf(root.c_str()), 1);
-  EXPECT_EQ(c.root.IsAKindOf("Leaf"), 0);
-  EXPECT_EQ(c.leaf.IsAKindOf("Unrelated"), 0);
-  EXPECT_EQ(c.leaf.IsAKindOf("Lea"), 0);
-  EXPECT_EQ(c.leaf.IsAKindOf(static_cast<const char*>(nullptr)), 0);
-}
-
-TEST(MetaClass, IsAKindOfByIdentifier) {
-  Chain c;
-  _GUID copy = kRootId;
-  EXPECT_EQ(c.leaf.IsAKindOf(&copy), 1);
-  EXPECT_EQ(c.leaf.IsAKindOf(&kMiddleId), 1);
-  EXPECT_EQ(c.leaf.IsAKindOf(&kLeafId), 1);
-  EXPECT_EQ(c.middle.IsAKindOf(&kLeafId), 0);
-  // Every byte counts, the last one included.
+  const _GUID rootCopy = kRootId;
+  EXPECT_EQ(leaf.IsAKindOf(&rootCopy), 1);
+  EXPECT_EQ(leaf.IsAKindOf(&kLeafId), 1);
+  EXPECT_EQ(middle.IsAKindOf(&kLeafId), 0);
   _GUID nearly = kRootId;
-  nearly.Data4[7] ^= 0x80;
-  EXPECT_EQ(c.leaf.IsAKindOf(&nearly), 0);
+  nearly.Data4[7] ^= 0x80;  // every byte counts, the last one included
+  EXPECT_EQ(leaf.IsAKindOf(&nearly), 0);
 }
 
 TEST(MetaClass, StoresTheEffectiveMetaObjectOfItsBase) {
   ZELSysTSMetaClassBase real(&kRootId, "RealBase", nullptr);
-  ForeignMeta foreign(&real, nullptr);
-  ZELSysTSMetaClassImpl derived(&kLeafId, "Derived", &foreign);
+  ForeignMeta front(&real, nullptr);
+  ZELSysTSMetaClassImpl derived(&kLeafId, "Derived", &front);
   EXPECT_EQ(derived.GetBaseMetaObject(), &real);
-  // The name and identifier walks follow the stored base, not the pointer given.
-  EXPECT_EQ(derived.IsAKindOf("RealBase"), 1);
-  EXPECT_EQ(derived.IsAKindOf(&kRootId), 1);
-  EXPECT_EQ(derived.IsAKindOf("Foreign"), 0);
 }
 
 TEST(MetaClass, ExtendedClassListKeepsOneEntryPerNameAndGrowsByThree) {
-  ZELSysTSMetaClassExt ext(&kOtherId, "Ext", nullptr, ZELSysTSTypeChainedExtension);
-  EXPECT_EQ(ext.ExtendedCapacityForTesting(), 0);
-  EXPECT_EQ(ext.IsExtending(StringPool::Intern("A")), 0);
-
+  ZELSysTSMetaClassExt ext(&kLeafId, "Ext", nullptr, ZELSysTSTypeChainedExtension);
   ext.AddExtendedClass("A");
-  std::string again = "A";
-  ext.AddExtendedClass(again.c_str());
+  ext.AddExtendedClass(std::string("A").c_str());
   EXPECT_EQ(ext.ExtendedCountForTesting(), 1);
   EXPECT_EQ(ext.ExtendedCapacityForTesting(), 3);
-
-  ext.AddExtendedClass("B");
-  ext.AddExtendedClass("C");
-  EXPECT_EQ(ext.ExtendedCapacityForTesting(), 3);
-  ext.AddExtendedClass("D");
-  ext.AddExtendedClass("B");
-  EXPECT_EQ(ext.ExtendedCountForTesting(), 4);
-  EXPECT_EQ(ext.ExtendedCapacityForTesting(), 6);
-  const char* expected[] = {"A", "B", "C", "D"};
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_EQ(ext.ExtendedClassForTesting(i), StringPool::Intern(expected[i])) << i;
+  for (const char* name : {"B", "C", "D", "B", static_cast<const char*>(nullptr)}) {
+    ext.AddExtendedClass(name);
   }
+  EXPECT_EQ(ext.ExtendedCapacityForTesting(), 6);
+  ASSERT_EQ(ext.ExtendedCountForTesting(), 4);
+  const char* expected[] = {"A", "B", "C", "D"};
+  for (int i = 0; i < 4; ++i)
+    EXPECT_EQ(ext.ExtendedClassForTesting(i), StringPool::Intern(expected[i]));
 
-  // Membership is by pooled address: an equal text that is not the pooled copy is not found.
+  // Membership is by pooled address; a meta object is looked up by its class name.
   EXPECT_EQ(ext.IsExtending(StringPool::Intern("C")), 1);
-  std::string unpooled = "C";
-  EXPECT_EQ(ext.IsExtending(unpooled.c_str()), 0);
   EXPECT_EQ(ext.IsExtending(static_cast<const char*>(nullptr)), 0);
-  ext.AddExtendedClass(nullptr);
-  EXPECT_EQ(ext.ExtendedCountForTesting(), 4);
-}
+  ZELSysTSMetaClassBase c(&kRootId, "C", nullptr);
+  ZELSysTSMetaClassBase e(&kRootId, "E", nullptr);
+  EXPECT_EQ(ext.IsExtending(&c), 1);
+  EXPECT_EQ(ext.IsExtending(&e), 0);
 
-TEST(MetaClass, IsExtendingAMetaObjectUsesItsClassName) {
-  Chain c;
-  ZELSysTSMetaClassExt ext(&kOtherId, "Ext", nullptr, ZELSysTSTypeChainedExtension);
-  ext.AddExtendedClass("Middle");
-  EXPECT_EQ(ext.IsExtending(static_cast<ZELSysTSMetaClass*>(&c.middle)), 1);
-  EXPECT_EQ(ext.IsExtending(static_cast<ZELSysTSMetaClass*>(&c.root)), 0);
-  EXPECT_EQ(ext.IsExtending(static_cast<ZELSysTSMetaClass*>(nullptr)), 0);
-}
-
-TEST(MetaClass, AddExtendedClassToReachesOnlyExtensions) {
-  Chain c;
-  ZELSysTSMetaClassExt ext(&kOtherId, "Ext", nullptr, ZELSysTSTypeChainedExtension);
-  // Through a foreign meta object whose effective meta object is the extension.
+  // AddExtendedClassTo reaches an extension through an effective meta object, nothing else.
   ForeignMeta front(&ext, nullptr);
-  AddExtendedClassTo(&front, "Root");
-  EXPECT_EQ(ext.IsExtending(StringPool::Intern("Root")), 1);
-
-  AddExtendedClassTo(&c.middle, "Root");  // not an extension: nothing happens
-  AddExtendedClassTo(nullptr, "Root");
-  AddExtendedClassTo(&ext, nullptr);
+  AddExtendedClassTo(&front, "E");
+  EXPECT_EQ(ext.IsExtending(&e), 1);
   ForeignMeta nowhere(nullptr, nullptr);
-  AddExtendedClassTo(&nowhere, "Root");
-  EXPECT_EQ(ext.ExtendedCountForTesting(), 1);
+  AddExtendedClassTo(&nowhere, "F");
+  AddExtendedClassTo(&c, "F");
+  AddExtendedClassTo(nullptr, "F");
+  AddExtendedClassTo(&ext, nullptr);
+  EXPECT_EQ(ext.ExtendedCountForTesting(), 5);
+}
+
+// The IID order, written independently: four little-endian 32-bit words, compared in turn.
+std::array<uint32_t, 4> IidWords(const _GUID* iid) {
+  const auto* b = reinterpret_cast<const unsigned char*>(iid);
+  std::array<uint32_t, 4> words{};
+  for (int i = 0; i < 16; ++i) words[i / 4] |= static_cast<uint32_t>(b[i]) << (8 * (i % 4));
+  return words;
+}
+
+TEST(InterfaceTable, GrowsByFourAndStaysSortedInIidOrderWhateverTheInsertionOrder) {
+  // Memory order would sort on byte 0 first; IID order on byte 3 (unsigned: 0x80 after 0x40),
+  // and among equal first words on byte 15, the top byte of the last word, which crosses 0x80.
+  std::vector<_GUID> iids;
+  for (uint32_t i = 0; i < 13; ++i) {
+    iids.push_back({(i % 3) << 30 | (i % 2), 0, 0, {0, 0, 0, 0, 0, 0, 0, uint8_t(i * 20)}});
+  }
+  std::mt19937 shuffle(12345);
+  for (int round = 0; round < 3; ++round) {
+    std::shuffle(iids.begin(), iids.end(), shuffle);
+    ZELSysTSMetaClassImpl meta(&kRootId, "TableGrowth", nullptr);
+    for (size_t i = 0; i < iids.size(); ++i) {
+      meta.RecordInterface(iids[i], i % 2 ? kCreatorA : kCreatorB);
+      EXPECT_EQ(meta.ItfCapacityForTesting(), (i / 4 + 1) * 4);
+      ASSERT_EQ(meta.ItfCountForTesting(), i + 1);
+      for (uint16_t k = 1; k <= i; ++k) {
+        EXPECT_LT(IidWords(meta.ItfEntryForTesting(k - 1).iid),
+                  IidWords(meta.ItfEntryForTesting(k).iid));
+      }
+    }
+    for (size_t i = 0; i < iids.size(); ++i) {
+      EXPECT_EQ(meta.LookupInterface(iids[i]), i % 2 ? kCreatorA : kCreatorB) << i;
+    }
+    EXPECT_EQ(meta.LookupInterface(kMiddleId), nullptr);
+  }
+}
+
+// A creator that the store holds for (class id, iid) with a library ends the search there.
+void Offer(ZELSysTSMetaClass* meta, const _GUID& iid, ZELSysTSInterfaceCreator fn) {
+  DicoEntry* byNames = DicoStore::InsertByNames(meta->GetClassName(), "IOffered", "NoSuchLibrary",
+                                                nullptr, nullptr, nullptr, nullptr);
+  ASSERT_EQ(
+      DicoStore::InsertByGuids(meta->GetClassId(), &iid, reinterpret_cast<void*>(fn), byNames),
+      byNames);
+}
+
+TEST(InterfaceSearch, BaseAnswersAreRecordedInBothTablesAndRecordsWithoutLibraryAreNone) {
+  zeltest::TempDir dir;
+  zeltest::ScopedEnv path("ZELDictionaryPath", dir.path().c_str());
+  auto reg = [](const char* name, ZELSysTSTypeOfClass type, ZELSysTSMetaClass* base) {
+    return ZELSysTSFindOrCreateMetaObject(name, type, nullptr, base, nullptr);
+  };
+  auto* base =
+      static_cast<ZELSysTSMetaClassImpl*>(reg("SBase", ZELSysTSTypeImplementation, nullptr));
+  auto* derived =
+      static_cast<ZELSysTSMetaClassImpl*>(reg("SDerived", ZELSysTSTypeImplementation, base));
+  Offer(base, kMiddleId, kCreatorA);
+  EXPECT_EQ(derived->FindInterfaceCreator(kMiddleId), kCreatorA);
+  EXPECT_EQ(derived->LookupInterface(kMiddleId), kCreatorA);
+  EXPECT_EQ(base->LookupInterface(kMiddleId), kCreatorA);
+  // A meta object's own record holds a creator (the meta object) and no library.
+  EXPECT_EQ(derived->FindInterfaceCreator(CLSID_ZELSysTSMetaClass), nullptr);
+  EXPECT_EQ(derived->LookupInterface(CLSID_ZELSysTSMetaClass),
+            ZELSysTSMetaClassImpl::AbsentMarker());
+  EXPECT_EQ(ZELThrLibraryManager::LoadLibraryCalls(), 0u);
+  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddressCalls(), 0u);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <set>
 #include <string>
 #include <thread>
@@ -15,81 +14,52 @@
 
 namespace {
 
-constexpr int kThreads = 8;
-constexpr int kSharedNames = 50;
-constexpr int kOwnNames = 50;
+ZELSysTSMetaClass* Reg(const std::string& name, int kind, const char* extended = nullptr) {
+  return ZELSysTSFindOrCreateMetaObject(name.c_str(), static_cast<ZELSysTSTypeOfClass>(kind),
+                                        nullptr, nullptr, extended);
+}
 
-// Every thread registers the shared names, in an order of its own, and names that only it uses.
-TEST(MetaObjectRegistrationConcurrency, OneMetaObjectPerNameAndConsecutiveIdentifiers) {
-  std::vector<std::vector<ZELSysTSMetaClass*>> shared(
-      kThreads, std::vector<ZELSysTSMetaClass*>(kSharedNames));
-  std::vector<std::vector<ZELSysTSMetaClass*>> own(kThreads);
-  std::atomic<int> ready{0};
+TEST(MetaObjectRegistrationConcurrency, OneMetaObjectPerNameAndEveryIdentifierOnce) {
+  constexpr int kThreads = 8, kNames = 50, kExtended = 10;
+  std::vector<std::vector<ZELSysTSMetaClass*>> shared(kThreads), own(kThreads);
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
-      ready.fetch_add(1);
-      while (ready.load() < kThreads) std::this_thread::yield();
-      for (int i = 0; i < kSharedNames + kOwnNames; ++i) {
-        if (i % 2 == 0 && i / 2 < kSharedNames) {
-          const int n = (i / 2 + 7 * t) % kSharedNames;
-          const std::string name = "Shared" + std::to_string(n);
-          shared[t][n] = ZELSysTSFindOrCreateMetaObject(
-              name.c_str(), static_cast<ZELSysTSTypeOfClass>(t % 6), nullptr, nullptr, nullptr);
-        } else {
-          const std::string name = "Own" + std::to_string(t) + "_" + std::to_string(i);
-          own[t].push_back(ZELSysTSFindOrCreateMetaObject(name.c_str(), ZELSysTSTypeImplementation,
-                                                          nullptr, nullptr, nullptr));
-        }
+      // Shared names in an order of this thread's own, between names that only it uses.
+      for (int i = 0; i < kNames; ++i) {
+        shared[t].push_back(Reg("Shared" + std::to_string((i + 7 * t) % kNames), t % 6));
+        own[t].push_back(Reg("Own" + std::to_string(t) + "_" + std::to_string(i), 1));
+        Reg("SharedExt", 5, ("Extended" + std::to_string((i + t) % kExtended)).c_str());
       }
     });
   }
   for (auto& thread : threads) thread.join();
 
   std::set<ZELSysTSMetaClass*> distinct;
-  std::vector<uint32_t> ids;
-  for (int n = 0; n < kSharedNames; ++n) {
-    ZELSysTSMetaClass* meta = shared[0][n];
-    ASSERT_NE(meta, nullptr);
-    for (int t = 1; t < kThreads; ++t) EXPECT_EQ(shared[t][n], meta) << "name " << n;
-    EXPECT_EQ(DicoStore::FindMetaObject(("Shared" + std::to_string(n)).c_str()), meta);
-    distinct.insert(meta);
-    ids.push_back(meta->GetClassId()->Data1);
-  }
   for (int t = 0; t < kThreads; ++t) {
-    for (ZELSysTSMetaClass* meta : own[t]) {
-      ASSERT_NE(meta, nullptr);
-      EXPECT_TRUE(distinct.insert(meta).second);
-      ids.push_back(meta->GetClassId()->Data1);
+    for (int i = 0; i < kNames; ++i) {
+      const std::string name = "Shared" + std::to_string((i + 7 * t) % kNames);
+      EXPECT_EQ(shared[t][i], DicoStore::FindMetaObject(name.c_str())) << name;
     }
+    for (ZELSysTSMetaClass* meta : own[t]) distinct.insert(meta);
+    distinct.insert(shared[t].begin(), shared[t].end());
   }
+  ZELSysTSMetaClass* ext = DicoStore::FindMetaObject("SharedExt");
+  distinct.insert(ext);
   // One identifier per meta object built, none skipped, none given twice.
+  ASSERT_EQ(distinct.count(nullptr), 0u);
+  std::vector<uint32_t> ids;
+  for (ZELSysTSMetaClass* meta : distinct) ids.push_back(meta->GetClassId()->Data1);
   std::sort(ids.begin(), ids.end());
-  ASSERT_EQ(ids.size(), distinct.size());
+  ASSERT_EQ(ids.size(), size_t{kNames + kThreads * kNames + 1});
   for (size_t i = 0; i < ids.size(); ++i) EXPECT_EQ(ids[i], i + 1);
-}
 
-TEST(MetaObjectRegistrationConcurrency, ExtendedClassesAddedFromManyThreads) {
-  constexpr int kClasses = 10;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < kClasses; ++i) {
-        const std::string extended = "Extended" + std::to_string((i + t) % kClasses);
-        ZELSysTSFindOrCreateMetaObject("ConcurrentExt", ZELSysTSTypeTransientExtension, nullptr,
-                                       nullptr, extended.c_str());
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  auto* ext = static_cast<ZELSysTSMetaClassBase*>(DicoStore::FindMetaObject("ConcurrentExt"))
-                  ->GetExtensionMetaClass();
-  ASSERT_NE(ext, nullptr);
-  EXPECT_EQ(ext->ExtendedCountForTesting(), kClasses);
-  EXPECT_EQ(ext->ExtendedCapacityForTesting(), 12);
+  auto* list = static_cast<ZELSysTSMetaClassBase*>(ext)->GetExtensionMetaClass();
+  ASSERT_EQ(list->ExtendedCountForTesting(), kExtended);
+  EXPECT_EQ(list->ExtendedCapacityForTesting(), 12);
   std::set<std::string> names;
-  for (int i = 0; i < kClasses; ++i) names.insert(ext->ExtendedClassForTesting(i));
-  EXPECT_EQ(names.size(), static_cast<size_t>(kClasses));
+  for (int i = 0; i < kExtended; ++i) names.insert(list->ExtendedClassForTesting(i));
+  EXPECT_EQ(names.size(), size_t{kExtended});
 }
 
 }  // namespace

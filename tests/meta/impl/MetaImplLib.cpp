@@ -1,6 +1,6 @@
-// Implementation library of the class MtFoo: plain offers, offers through leaf interfaces, and an
-// offer named for a class that is not an extension. It registers nothing.
-#include "MetaTestIds.h"
+// Implementation library of the class MtFoo: plain offers, offers through leaf interfaces, and
+// offers named for classes that are no extension. It registers nothing.
+#include "MetaTestKit.h"
 
 ZELMETA_CREATOR(ZELSysTSCreateIBarMtFoo)
 ZELMETA_CREATOR(ZELSysTSCreateIBarLeafMtFoo)

@@ -21,41 +21,24 @@ class IKitCounter : public IUnknown {
 };
 ZELSYSTS_DECLARE_INTERFACE(IKitCounter, "{D50737B2-048A-43B9-9681-5D073E0C280A}");
 
-// Carried by the transient extension KitTransient.
-class IKitTicket : public IUnknown {
- public:
-  virtual int Serial() = 0;
-};
-ZELSYSTS_DECLARE_INTERFACE(IKitTicket, "{D2C3A720-7344-4749-88B0-3B9312C8CFFD}");
+// The same, carried by the transient extension KitTransient.
+class IKitTicket : public IKitCounter {};
+ZELSYSTS_DECLARE_DERIVED_INTERFACE(IKitTicket, IKitCounter,
+                                   "{D2C3A720-7344-4749-88B0-3B9312C8CFFD}");
 
-// Carried by ties; Label() is "<implementation class>#<implementation serial>".
+// Carried by ties on the object itself, on its chained extension and on a transient extension.
+// Label() is "<implementation class>#<implementation serial>".
 class IKitLabel : public IUnknown {
  public:
   virtual std::string Label() = 0;
 };
 ZELSYSTS_DECLARE_INTERFACE(IKitLabel, "{3A822E7D-482D-4A9B-BDFA-A252D19089E0}");
-class IKitChainedLabel : public IUnknown {
- public:
-  virtual std::string Label() = 0;
-};
-ZELSYSTS_DECLARE_INTERFACE(IKitChainedLabel, "{3070BD39-52D4-462A-BEBA-CC4A307CA303}");
-class IKitTransientLabel : public IUnknown {
- public:
-  virtual std::string Label() = 0;
-};
-ZELSYSTS_DECLARE_INTERFACE(IKitTransientLabel, "{FA1BF66B-D318-4786-9B80-48B4DEFA6B0B}");
-
-// Offered through its leaf IKitLeaf (ITFLEAF), whose Kind() says "leaf".
-class IKitBase : public IUnknown {
- public:
-  virtual std::string Kind() = 0;
-};
-ZELSYSTS_DECLARE_INTERFACE(IKitBase, "{DA33C496-7C18-4C15-A4B0-D2217F7D6BF1}");
-class IKitLeaf : public IKitBase {
- public:
-  virtual int Depth() = 0;
-};
-ZELSYSTS_DECLARE_DERIVED_INTERFACE(IKitLeaf, IKitBase, "{A6933B2A-67DB-485D-8E61-5251AB20441C}");
+class IKitChainedLabel : public IKitLabel {};
+ZELSYSTS_DECLARE_DERIVED_INTERFACE(IKitChainedLabel, IKitLabel,
+                                   "{3070BD39-52D4-462A-BEBA-CC4A307CA303}");
+class IKitTransientLabel : public IKitLabel {};
+ZELSYSTS_DECLARE_DERIVED_INTERFACE(IKitTransientLabel, IKitLabel,
+                                   "{FA1BF66B-D318-4786-9B80-48B4DEFA6B0B}");
 
 inline constexpr _GUID CLSID_KitWidget = ZELSysTSGuid("{1FE9C4B8-E417-4401-BDCB-03A87415B6E4}");
 inline constexpr _GUID CLSID_KitWidgetA = ZELSysTSGuid("{D0496634-696A-4CA0-8B76-EC87876DBD0C}");
@@ -64,5 +47,6 @@ inline constexpr _GUID CLSID_KitWidgetC = ZELSysTSGuid("{E40672F5-1C35-4B8E-883B
 inline constexpr _GUID CLSID_KitChained = ZELSysTSGuid("{F17432EA-B057-4C80-A528-92CC5C77E189}");
 inline constexpr _GUID CLSID_KitTransient = ZELSysTSGuid("{24240434-1B0C-4471-8821-39E0A17299E2}");
 
-// Exported by the library: objects of its classes alive now, and ties alive now.
-extern "C" typedef int (*KitLiveCountFunction)();
+// Exported by the library as KitTestLive: how many of its objects (kind 0) or ties (kind 1) are
+// alive now.
+extern "C" typedef int (*KitLiveFunction)(int kind);

@@ -1,192 +1,166 @@
-// The owning interface pointer: every path adds and gives back exactly the references it should.
+// The owning interface pointer on an object that counts its references, with no library behind
+// it: every path adds and gives back exactly the references it should. And GUID literals, which
+// agree with the dictionary's conversion and throw on a malformation when evaluated at run time
+// (in a constant expression that is a compile error: see the KitCompileErrors test). Built with
+// assertions whatever the build type, so that the empty-pointer check is seen.
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <stdexcept>
 #include <utility>
 
-#include "CountingObject.h"
+#include "ZELSysTSObjectModeler.h"
+
+class IAlpha : public IUnknown {
+ public:
+  virtual int Alpha() = 0;
+};
+ZELSYSTS_DECLARE_INTERFACE(IAlpha, "{88BC63B6-FD25-4094-A4C5-20E6CD747537}");
+class IBeta : public IUnknown {
+ public:
+  virtual int Beta() = 0;
+};
+ZELSYSTS_DECLARE_INTERFACE(IBeta, "{34631391-FE17-4509-BD6B-730D1EF3F1AC}");
 
 namespace {
 
-TEST(KitPtr, AttachTakesOverRetainAddsAndDestructionGivesBack) {
-  CountingObject object;  // count 1: the creator's reference
-  {
-    ZELSysTSPtr<IAlpha> owner = ZELSysTSPtr<IAlpha>::Attach(&object);
-    EXPECT_EQ(object.count, 1);
-    {
-      ZELSysTSPtr<IAlpha> shared = ZELSysTSPtr<IAlpha>::Retain(&object);
-      EXPECT_EQ(object.count, 2);
-      EXPECT_EQ(shared.Get(), owner.Get());
-    }
-    EXPECT_EQ(object.count, 1);
-  }
-  EXPECT_EQ(object.count, 0);
-  EXPECT_EQ(object.underflows, 0);
-  EXPECT_EQ(object.queries, 0);
+using AlphaPtr = ZELSysTSPtr<IAlpha>;
+using BetaPtr = ZELSysTSPtr<IBeta>;
 
-  EXPECT_FALSE(ZELSysTSPtr<IAlpha>::Attach(nullptr));
-  EXPECT_FALSE(ZELSysTSPtr<IAlpha>::Retain(nullptr));
-}
-
-TEST(KitPtr, CopyAddsMoveTransfers) {
-  CountingObject object;
-  ZELSysTSPtr<IAlpha> a = ZELSysTSPtr<IAlpha>::Attach(&object);
-  ZELSysTSPtr<IAlpha> b = a;
-  EXPECT_EQ(object.count, 2);
-  ZELSysTSPtr<IAlpha> c = std::move(b);
-  EXPECT_EQ(object.count, 2);
-  EXPECT_FALSE(b);  // NOLINT(bugprone-use-after-move): a moved-from pointer is empty
-  EXPECT_EQ(c.Get(), &object);
-
-  ZELSysTSPtr<IAlpha> d;
-  d = c;
-  EXPECT_EQ(object.count, 3);
-  d = std::move(c);  // d's old reference is given back, c's moves in
-  EXPECT_EQ(object.count, 2);
-  EXPECT_FALSE(c);  // NOLINT(bugprone-use-after-move)
-  a.Release();
-  d.Release();
-  EXPECT_EQ(object.count, 0);
-  EXPECT_EQ(object.underflows, 0);
-}
-
-TEST(KitPtr, AssignmentGivesBackTheOldReferenceAndSurvivesSelfAssignment) {
-  CountingObject first;
-  CountingObject second;
-  ZELSysTSPtr<IAlpha> p = ZELSysTSPtr<IAlpha>::Attach(&first);
-  ZELSysTSPtr<IAlpha> q = ZELSysTSPtr<IAlpha>::Attach(&second);
-  p = q;
-  EXPECT_EQ(first.count, 0);
-  EXPECT_EQ(second.count, 2);
-
-  ZELSysTSPtr<IAlpha>& alias = p;
-  p = alias;
-  EXPECT_EQ(second.count, 2);
-  EXPECT_EQ(p.Get(), &second);
-  p = std::move(alias);
-  EXPECT_EQ(second.count, 2);
-  EXPECT_EQ(p.Get(), &second);
-
-  p = nullptr;
-  EXPECT_EQ(second.count, 1);
-  q.reset();
-  EXPECT_EQ(second.count, 0);
-  EXPECT_EQ(first.underflows + second.underflows, 0);
-}
-
-TEST(KitPtr, ConversionToAnotherInterfaceQueriesTheObject) {
-  CountingObject object;
-  ZELSysTSPtr<IAlpha> alpha = ZELSysTSPtr<IAlpha>::Attach(&object);
-  ZELSysTSPtr<IBeta> beta = alpha;
-  EXPECT_EQ(object.queries, 1);
-  EXPECT_EQ(object.count, 2);
-  ASSERT_TRUE(beta);
-  EXPECT_EQ(beta.Get(), static_cast<IBeta*>(&object));  // the subobject QueryInterface gave
-  EXPECT_EQ(beta->Beta(), 2);
-  EXPECT_TRUE(alpha);  // the source keeps its reference
-
-  // Assigning from another interface gives back what the target held.
-  ZELSysTSPtr<IAlpha> again;
-  again = beta;
-  EXPECT_EQ(object.queries, 2);
-  EXPECT_EQ(object.count, 3);
-  again = beta;
-  EXPECT_EQ(object.count, 3);
-
-  // Query from any IUnknown*.
-  ZELSysTSPtr<IBeta> viaRaw = ZELSysTSPtr<IBeta>::Query(alpha.Get());
-  EXPECT_EQ(viaRaw.Get(), static_cast<IBeta*>(&object));
-  EXPECT_EQ(object.count, 4);
-  EXPECT_FALSE(ZELSysTSPtr<IBeta>::Query(nullptr));
-
-  alpha.Release();
-  beta.Release();
-  again.Release();
-  viaRaw.Release();
-  EXPECT_EQ(object.count, 0);
-  EXPECT_EQ(object.underflows, 0);
-}
-
-TEST(KitPtr, FailedConversionIsEmptyAndTakesNoReference) {
-  CountingObject object;
-  ZELSysTSPtr<IAlpha> alpha = ZELSysTSPtr<IAlpha>::Attach(&object);
-  ZELSysTSPtr<IGamma> gamma = alpha;
-  EXPECT_FALSE(gamma);
-  EXPECT_EQ(gamma.Get(), nullptr);
-  EXPECT_EQ(object.queries, 1);
-  EXPECT_EQ(object.count, 1);
-
-  // A failed assignment still gives back what the target held.
-  CountingObject other;
-  ZELSysTSPtr<IBeta> beta = ZELSysTSPtr<IBeta>::Query(static_cast<IAlpha*>(&other));
-  EXPECT_EQ(other.count, 2);
-  ZELSysTSPtr<IGamma> g2;
-  g2 = beta;
-  EXPECT_FALSE(g2);
-  EXPECT_EQ(other.count, 2);
-
-  // From an empty pointer nothing is asked.
-  ZELSysTSPtr<IAlpha> empty;
-  ZELSysTSPtr<IBeta> fromEmpty = empty;
-  EXPECT_FALSE(fromEmpty);
-  EXPECT_EQ(object.queries, 1);
-  EXPECT_EQ(object.underflows + other.underflows, 0);
-}
-
-TEST(KitPtr, ReleaseEmptiesThePointerBeforeTheObjectRunsItsRelease) {
-  CountingObject object;
-  ZELSysTSPtr<IAlpha> holder = ZELSysTSPtr<IAlpha>::Attach(&object);
-  IAlpha* seen = &object;
-  object.on_release = [&] { seen = holder.Get(); };
-  holder.Release();
-  EXPECT_EQ(seen, nullptr);
-  EXPECT_EQ(object.count, 0);
-  holder.Release();  // nothing left to give back
-  EXPECT_EQ(object.underflows, 0);
-}
-
-TEST(KitPtr, DetachAndReceiveHandReferencesAcrossRawInterfaces) {
-  CountingObject object;
-  ZELSysTSPtr<IAlpha> alpha = ZELSysTSPtr<IAlpha>::Attach(&object);
-  IAlpha* raw = alpha.Detach();
-  EXPECT_FALSE(alpha);
-  EXPECT_EQ(object.count, 1);
-
-  // Receive: an out-parameter that receives a reference; the old one is given back first.
-  ZELSysTSPtr<IBeta> beta = ZELSysTSPtr<IBeta>::Query(raw);
-  EXPECT_EQ(object.count, 2);
-  HRESULT hr = raw->QueryInterface(ZELSysTSIIDOf<IBeta>(), beta.Receive());
-  EXPECT_EQ(hr, S_OK);
-  EXPECT_EQ(object.count, 2);
-  EXPECT_EQ(beta.Get(), static_cast<IBeta*>(&object));
-  hr = raw->QueryInterface(ZELSysTSIIDOf<IGamma>(), beta.Receive());
-  EXPECT_EQ(hr, E_NOINTERFACE);
-  EXPECT_FALSE(beta);
-  EXPECT_EQ(object.count, 1);
-  raw->Release();
-  EXPECT_EQ(object.count, 0);
-  EXPECT_EQ(object.underflows, 0);
-}
-
-// A kit class on the real base object: asking for the base class's identifier reaches the
-// object behind any of its interfaces.
-class KitPlainCounted final : public ZELSysTSPlainClass<KitPlainCounted, ZELSysTSBaseUnknown> {
+// Offers IUnknown and IAlpha on one subobject and, when offers_beta, IBeta on another; never the
+// base object's identifier. Starts with the creator's reference and is never deleted, so counts
+// are read after the last Release. A Release made while `watched` is set records what that
+// pointer holds at that moment.
+class Counting final : public IAlpha, public IBeta {
  public:
-  static constexpr ZELSysTSClassInfo class_info{"KitPlainCounted"};
+  HRESULT QueryInterface(const _GUID& iid, void** ppv) override {
+    *ppv = nullptr;
+    if (iid == ZELSysTSIIDOf<IUnknown>() || iid == ZELSysTSIIDOf<IAlpha>()) {
+      *ppv = static_cast<IAlpha*>(this);
+    } else if (iid == ZELSysTSIIDOf<IBeta>() && offers_beta) {
+      *ppv = static_cast<IBeta*>(this);
+    }
+    if (*ppv == nullptr) return E_NOINTERFACE;
+    ++count;
+    return S_OK;
+  }
+  uint32_t AddRef() override { return ++count; }
+  uint32_t Release() override {
+    EXPECT_GT(count, 0u) << "one Release too many";
+    if (watched != nullptr) seen = watched->Get();
+    return count == 0 ? 0 : --count;
+  }
+  int Alpha() override { return 1; }
+  int Beta() override { return 2; }
+
+  uint32_t count = 1;
+  bool offers_beta = true;
+  const AlphaPtr* watched = nullptr;
+  IAlpha* seen = this;
 };
 
-TEST(KitPtr, TheBaseObjectIsReachableFromIUnknown) {
-  ZELSysTSPtr<IUnknown> unknown =
-      ZELSysTSPtr<IUnknown>::Attach(static_cast<ZELSysTSBaseUnknown*>(new KitPlainCounted));
-  ZELSysTSPtr<ZELSysTSBaseUnknown> object = unknown;
-  ASSERT_TRUE(object);
-  EXPECT_STREQ(object->IsA(), "KitPlainCounted");
-  EXPECT_EQ(object->AddRef(), 3u);  // unknown, object, and this one
-  EXPECT_EQ(object->Release(), 2u);
-  ZELSysTSPtr<IAlpha> none = unknown;  // a plain class offers nothing else
-  EXPECT_FALSE(none);
-  unknown.Release();
-  EXPECT_EQ(object->AddRef(), 2u);
-  EXPECT_EQ(object->Release(), 1u);
+TEST(KitPtr, CopyAddsMoveTransfersAssignmentGivesBackAndDestructionReleases) {
+  Counting first, second;
+  {
+    AlphaPtr a = AlphaPtr::Attach(&first);  // takes over the creator's reference
+    AlphaPtr b = a;
+    EXPECT_EQ(first.count, 2u);
+    AlphaPtr c = std::move(b);
+    EXPECT_EQ(first.count, 2u);
+    EXPECT_FALSE(b);  // NOLINT(bugprone-use-after-move): a moved-from pointer is empty
+    AlphaPtr d = AlphaPtr::Retain(&second);
+    d = c;  // second's reference goes back, first gets one more
+    EXPECT_EQ(first.count, 3u);
+    EXPECT_EQ(second.count, 1u);
+    d = std::move(c);
+    EXPECT_EQ(first.count, 2u);
+    EXPECT_FALSE(c);  // NOLINT(bugprone-use-after-move)
+    AlphaPtr& alias = d;
+    d = alias;
+    d = std::move(alias);
+    EXPECT_EQ(first.count, 2u);
+    EXPECT_EQ(d.Get(), &first);
+  }
+  EXPECT_EQ(first.count, 0u);
+  EXPECT_EQ(second.count, 1u);  // the test's own
+  EXPECT_FALSE(AlphaPtr::Attach(nullptr) || AlphaPtr::Retain(nullptr));
+}
+
+TEST(KitPtr, ConversionQueriesAndAFailedOneHoldsNothing) {
+  Counting object, plain;
+  plain.offers_beta = false;
+  AlphaPtr alpha = AlphaPtr::Attach(&object);
+  BetaPtr beta = alpha;
+  EXPECT_EQ(beta.Get(), static_cast<IBeta*>(&object));  // the subobject QueryInterface gave
+  AlphaPtr again = AlphaPtr::Retain(&object);
+  again = beta;  // queries, and gives back what it held
+  EXPECT_EQ(again.Get(), &object);
+  EXPECT_EQ(object.count, 3u);
+  EXPECT_EQ(BetaPtr::Query(again.Get()).Get(), beta.Get());
+  EXPECT_FALSE(ZELSysTSPtr<ZELSysTSBaseUnknown>(alpha));  // not offered
+  EXPECT_EQ(object.count, 3u);
+  beta = AlphaPtr::Attach(&plain);  // fails, yet the old reference still goes back
+  EXPECT_FALSE(beta);
+  EXPECT_EQ(object.count, 2u);
+  EXPECT_EQ(plain.count, 0u);
+  EXPECT_FALSE(BetaPtr(AlphaPtr()) || BetaPtr::Query(nullptr));
+
+  object.watched = &again;
+  again = nullptr;
+  EXPECT_EQ(object.seen, nullptr);  // emptied before the object's Release ran
+  object.watched = nullptr;
+  // Detach hands the reference over; Receive gives back the old one, then owns what is written.
+  IAlpha* raw = alpha.Detach();
+  EXPECT_FALSE(alpha);
+  beta = BetaPtr::Retain(&object);
+  EXPECT_EQ(raw->QueryInterface(ZELSysTSIIDOf<IBeta>(), beta.Receive()), S_OK);
+  EXPECT_EQ(object.count, 2u);
+  EXPECT_EQ(raw->QueryInterface(ZELSysTSIIDOf<ZELSysTSBaseUnknown>(), beta.Receive()),
+            E_NOINTERFACE);
+  EXPECT_FALSE(beta);
+  raw->Release();
+  EXPECT_EQ(object.count, 0u);
+}
+
+TEST(KitPtr, UsingAnEmptyPointerAsserts) {
+  AlphaPtr empty;
+  EXPECT_DEATH(empty->Alpha(), "empty interface pointer");
+  EXPECT_DEATH((*empty).Alpha(), "empty interface pointer");
+}
+
+TEST(KitGuidLiteral, AgreesWithTheConversionAndRejectsMalformations) {
+  const struct {
+    char text[39];
+    bool valid;
+  } rows[] = {
+      {"{01234567-89ab-cdef-0123-456789ABCDEF}", true},
+      {"{00000000-0000-0000-C000-000000000046}", true},
+      {"(6DADD843-BCD7-4107-B9E9-72342D738784)", false},  // parentheses for braces
+      {"{6DADD843-BCD7-4107-B9E9-72342D738784 ", false},  // no closing brace
+      {"{6DADD843ABCD7-4107-B9E9-72342D738784}", false},  // first dash replaced by a digit
+      {"{6DADD843-BCD7-4107-B9E9A72342D738784}", false},  // last dash replaced by a digit
+      {"{?DADD843-BCD7-4107-B9E9-72342D738784}", false},  // not a hexadecimal digit
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    if (!row.valid) {
+      EXPECT_THROW(ZELSysTSGuid(row.text), std::invalid_argument);
+      continue;
+    }
+    _GUID converted{};
+    ASSERT_EQ(ZELSysTSConvertStringToGUID(row.text, converted), 0);
+    EXPECT_TRUE(ZELSysTSGuid(row.text) == converted &&
+                ZELSysTSSameGuid(ZELSysTSGuid(row.text), converted));
+  }
+  char unterminated[39];
+  std::memcpy(unterminated, rows[0].text, sizeof unterminated);
+  unterminated[38] = 'x';  // a character array, not a 38-character string
+  EXPECT_THROW(ZELSysTSGuid(unterminated), std::invalid_argument);
+  static_assert(!ZELSysTSSameGuid(ZELSysTSGuid("{00000000-0000-0000-0000-000000000001}"),
+                                  ZELSysTSGuid("{00000000-0000-0000-0000-000000000000}")));
+  // The kit's identities of IUnknown and of the base object are the library's.
+  EXPECT_TRUE(ZELSysTSIIDOf<IUnknown>() == ZELSysTSGuid(rows[1].text));
+  EXPECT_TRUE(ZELSysTSIIDOf<ZELSysTSBaseUnknown>() == CLSID_ZELSysTSBaseUnknown);
 }
 
 }  // namespace

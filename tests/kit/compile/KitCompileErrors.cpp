@@ -1,66 +1,48 @@
-// Each KIT_CASE is a mistake that the kit turns into a compile error; KIT_CASE 0 is the same code
-// without the mistake and must compile. Built only by the KitCompileError tests.
+// Mistakes that the kit turns into compile errors. Compiled only by the KitCompileErrors test:
+// with KIT_CASE=0 the file has no mistake and must compile; each line that selects a case n by
+// "KIT_CASE == n" or "KIT_CASE != n" names after "expect:" what the diagnostic must contain.
 #include "ZELSysTSObjectModeler.h"
 
-#if KIT_CASE == 0
-constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E9-72342D738784}");
-#elif KIT_CASE == 1
-constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E9-72342D73878}");  // 37 characters
-#elif KIT_CASE == 2
+#if KIT_CASE == 1  // expect: ZELSysTSGuid
+constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E9-72342D73878}");
+#elif KIT_CASE == 2  // expect: GUID literal: braces
 constexpr _GUID kGuid = ZELSysTSGuid("(6DADD843-BCD7-4107-B9E9-72342D738784)");
-#elif KIT_CASE == 3
+#elif KIT_CASE == 3  // expect: not a hexadecimal digit
 constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E9-72342D73878G}");
-#elif KIT_CASE == 4
-constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E97-2342D738784}");
+#elif KIT_CASE == 4  // expect: dashes belong at positions
+constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E9A72342D738784}");
 #else
 constexpr _GUID kGuid = ZELSysTSGuid("{6DADD843-BCD7-4107-B9E9-72342D738784}");
 #endif
 
-class IKitProbe : public IUnknown {
- public:
-  virtual int Probe() = 0;
-};
-#if KIT_CASE == 5
-ZELSYSTS_DECLARE_INTERFACE(IKitProbe, "{6DADD843-BCD7-4107-B9E9-72342D73878}");
-#else
-ZELSYSTS_DECLARE_INTERFACE(IKitProbe, "{6DADD843-BCD7-4107-B9E9-72342D738785}");
-#endif
-
-class KitBaseClass : public ZELSysTSImplementation<KitBaseClass, ZELSysTSBaseUnknown, IKitProbe> {
+class KitBaseClass : public ZELSysTSImplementation<KitBaseClass, ZELSysTSBaseUnknown> {
  public:
   static constexpr ZELSysTSClassInfo class_info{"KitBaseClass", kGuid};
-  int Probe() override { return 0; }
 };
 
 class KitDerivedClass : public ZELSysTSImplementation<KitDerivedClass, KitBaseClass> {
  public:
-#if KIT_CASE != 6
+#if KIT_CASE != 5  // expect: declares its own class_info
   static constexpr ZELSysTSClassInfo class_info{"KitDerivedClass"};
 #endif
 };
 
-class KitNoInfo : public ZELSysTSImplementation<KitNoInfo, ZELSysTSBaseUnknown> {
+class KitOtherClass : public ZELSysTSImplementation<KitOtherClass, ZELSysTSBaseUnknown> {
  public:
-#if KIT_CASE != 7
-  static constexpr ZELSysTSClassInfo class_info{"KitNoInfo"};
-#endif
-};
-
-class KitNotAnExtension : public ZELSysTSImplementation<KitNotAnExtension, ZELSysTSBaseUnknown> {
- public:
-#if KIT_CASE == 8
+#if KIT_CASE == 6    // expect: declares: static constexpr ZELSysTSClassInfo class_info
+#elif KIT_CASE == 7  // expect: only extensions list the classes they extend
   static constexpr const char* extends[] = {"KitBaseClass"};
-  static constexpr ZELSysTSClassInfo class_info{"KitNotAnExtension", extends};
+  static constexpr ZELSysTSClassInfo class_info{"KitOtherClass", extends};
 #else
-  static constexpr ZELSysTSClassInfo class_info{"KitNotAnExtension"};
+  static constexpr ZELSysTSClassInfo class_info{"KitOtherClass"};
 #endif
 };
 
 ZELSYSTS_REGISTER_CLASS(KitBaseClass);
 ZELSYSTS_REGISTER_CLASS(KitDerivedClass);
-ZELSYSTS_REGISTER_CLASS(KitNoInfo);
-ZELSYSTS_REGISTER_CLASS(KitNotAnExtension);
+ZELSYSTS_REGISTER_CLASS(KitOtherClass);
 
-#if KIT_CASE == 9
-ZELSysTSPtr<KitBaseClass> kNotAnInterface;  // a class is not an interface: no identity declared
+// A class is not an interface.
+#if KIT_CASE == 8  // expect: needs the identity of I
+ZELSysTSPtr<KitBaseClass> kNotAnInterface;
 #endif

@@ -1,203 +1,154 @@
-// Reading one dictionary file: kinds by name, comments, line numbers, splitting, long lines,
-// odd bytes and odd files.
-#include <dirent.h>
+// Reading one dictionary file: comments, line numbers, splitting, long lines, odd files, and a
+// fuzz-style run of the seed corpus and mutations of it.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstring>
+#include <fstream>
+#include <random>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "RecordingReader.h"
 #include "TestSupport.h"
 #include "dictionaryfiles/DicoLoader.h"
-#include "dictionaryfiles/SeenFileSet.h"
+#include "dictionaryfiles/DictionaryReaders.h"
 
 namespace {
 
 using zeltest::StderrCapture;
 using zeltest::TempDir;
-using Fields = std::vector<std::string>;
+using Lines = std::vector<std::string>;
 
-// Reads content written to a file and returns what the reader saw; no message is expected.
-std::vector<RecordedLine> ReadAll(const std::string& content, HRESULT expected = S_OK,
-                                  int rejectLine = 0) {
+// Records each line as "<number>:<field>|<field>..." after checking what every line handed to a
+// reader must be: 1 to 5 non-empty fields without separators, numbers increasing, its own path.
+// Rejects the line numbered rejectLine (0: none).
+class RecordingReader final : public ZELSysTSDictionaryReader {
+ public:
+  RecordingReader(std::string path, int rejectLine = 0)
+      : path_(std::move(path)), reject_line_(rejectLine) {}
+  HRESULT ProcessLine(char* fields[5], int count, const char* path, int line) override {
+    EXPECT_TRUE(count >= 1 && count <= 5) << count;
+    EXPECT_EQ(path_, path);
+    EXPECT_GT(line, last_line_);
+    last_line_ = line;
+    std::string record = std::to_string(line) + ":";
+    for (int i = 0; i < count && i < 5; ++i) {
+      const std::string field = fields[i];
+      EXPECT_TRUE(!field.empty() && field.size() < 2048);
+      EXPECT_EQ(std::string::npos, field.find_first_of(" \t\n")) << field;
+      record += (i > 0 ? "|" : "") + field;
+    }
+    lines.push_back(record);
+    return line == reject_line_ ? E_FAIL : S_OK;
+  }
+  Lines lines;
+
+ private:
+  std::string path_;
+  int reject_line_;
+  int last_line_ = 0;
+};
+
+// Reads content written as a file and returns what the reader saw; no message is expected.
+Lines ReadAll(const std::string& content, HRESULT expected = S_OK, int rejectLine = 0) {
   TempDir dir;
   const std::string path = dir.Write("x.dicts", content);
-  RecordingReader reader(rejectLine);
+  RecordingReader reader(path, rejectLine);
   StderrCapture err;
   EXPECT_EQ(expected, ReadDictionaryFile(path.c_str(), &reader));
   EXPECT_EQ("", err.Take());
-  for (const RecordedLine& line : reader.lines) EXPECT_EQ(path, line.path);
   return reader.lines;
 }
 
-TEST(DictionaryFileKind, ByExactEnding) {
-  struct Case {
-    const char* name;
-    DicoFileKind kind;
-  } cases[] = {
-      {"x.dicts", DicoFileKind::Dicts},     {"x.iidts", DicoFileKind::Iidts},
-      {"x.clsidts", DicoFileKind::Clsidts}, {"/a/b//Vehicle.iidts", DicoFileKind::Iidts},
-      {".dicts", DicoFileKind::None},       {".iidts", DicoFileKind::None},
-      {".clsidts", DicoFileKind::None},     {"a.clsidts", DicoFileKind::Clsidts},
-      {"x.DICTS", DicoFileKind::None},      {"x.dicts.bak", DicoFileKind::None},
-      {"x.clsidts~", DicoFileKind::None},   {"xdicts", DicoFileKind::None},
-      {"x.Iidts", DicoFileKind::None},      {"", DicoFileKind::None},
-      {"x.dicts\n", DicoFileKind::None},    {"ab.idts", DicoFileKind::None},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(static_cast<int>(c.kind), DictionaryFileKind(c.name)) << c.name;
-  }
-  EXPECT_EQ(0, DictionaryFileKind(nullptr));
-
-  EXPECT_EQ(0, IsDictionaryFile(nullptr));
-  struct dirent entry;
-  std::memset(&entry, 0, sizeof entry);
-  std::strcpy(entry.d_name, "a.clsidts");
-  EXPECT_EQ(1, IsDictionaryFile(&entry));
-  std::strcpy(entry.d_name, ".clsidts");
-  EXPECT_EQ(0, IsDictionaryFile(&entry));
-}
-
-TEST(ReadDictionaryFile, CommentsAndBlankLinesCountButAreSkipped) {
-  const auto lines = ReadAll(
-      "# comment\n"
-      "// comment\n"
-      "\n"
-      " \t \n"
-      "A B C\n"
-      "  # word\n"
-      "/x\n"
-      "\t//y\n");
-  ASSERT_EQ(4u, lines.size());
-  EXPECT_EQ(5, lines[0].line);
-  EXPECT_EQ((Fields{"A", "B", "C"}), lines[0].fields);
-  EXPECT_EQ(6, lines[1].line);
-  EXPECT_EQ((Fields{"#", "word"}), lines[1].fields);
-  EXPECT_EQ(7, lines[2].line);
-  EXPECT_EQ((Fields{"/x"}), lines[2].fields);
-  EXPECT_EQ(8, lines[3].line);
-  EXPECT_EQ((Fields{"//y"}), lines[3].fields);
-}
-
-TEST(ReadDictionaryFile, LastLineWithoutNewlineIsRead) {
-  const auto lines = ReadAll("A\nlast line");
-  ASSERT_EQ(2u, lines.size());
-  EXPECT_EQ(2, lines[1].line);
-  EXPECT_EQ((Fields{"last", "line"}), lines[1].fields);
-}
-
-TEST(ReadDictionaryFile, OnlyTabLineFeedAndSpaceSeparate) {
-  const auto lines = ReadAll("A\tB  \t C\r\nD\vE\fF G\r\n");
-  ASSERT_EQ(2u, lines.size());
-  EXPECT_EQ((Fields{"A", "B", "C\r"}), lines[0].fields);
-  EXPECT_EQ(3, lines[0].count);
-  EXPECT_EQ((Fields{"D\vE\fF", "G\r"}), lines[1].fields);
-}
-
-TEST(ReadDictionaryFile, AtMostFiveFieldsReachTheReader) {
-  const auto lines = ReadAll("C I L ITFLEAF X EXTENDED_BY Y\n1 2 3 4 5 6\n1 2 3 4 5\n");
-  ASSERT_EQ(3u, lines.size());
-  EXPECT_EQ(5, lines[0].count);
-  EXPECT_EQ((Fields{"C", "I", "L", "ITFLEAF", "X"}), lines[0].fields);
-  EXPECT_EQ(5, lines[1].count);
-  EXPECT_EQ((Fields{"1", "2", "3", "4", "5"}), lines[1].fields);
-  EXPECT_EQ(5, lines[2].count);
+TEST(ReadDictionaryFile, CommentsBlanksAndFields) {
+  static const char kContent[] =
+      "# comment\n// comment\n\n \t \n"  // lines 1-4 are skipped but counted
+      "A\tB  \t C\r\n"
+      "  # word\n/x\n\t//y\n"  // comments only in the first column
+      "1 2 3 4 5 6 7\n"        // at most five fields
+      "D\vE\fF G\n"            // only tab, line feed and space separate
+      "N\0ul Z\n"              // the line ends, for the reader, at its NUL
+      "last line";
+  EXPECT_EQ((Lines{"5:A|B|C\r", "6:#|word", "7:/x", "8://y", "9:1|2|3|4|5", "10:D\vE\fF|G", "11:N",
+                   "12:last|line"}),
+            ReadAll(std::string(kContent, sizeof kContent - 1)));
 }
 
 TEST(ReadDictionaryFile, LongLinesComeInPiecesThatEachCount) {
-  const std::string first(2047, 'a');
-  const auto lines = ReadAll(first + std::string(953, 'b') + "\n" + first + "\nnext\n");
-  ASSERT_EQ(4u, lines.size());
-  EXPECT_EQ(1, lines[0].line);
-  EXPECT_EQ((Fields{first}), lines[0].fields);
-  EXPECT_EQ(2, lines[1].line);
-  EXPECT_EQ((Fields{std::string(953, 'b')}), lines[1].fields);
-  // A line of exactly 2047 characters leaves its newline as a blank piece of its own (line 4).
-  EXPECT_EQ(3, lines[2].line);
-  EXPECT_EQ(5, lines[3].line);
-  EXPECT_EQ((Fields{"next"}), lines[3].fields);
+  const std::string a(2047, 'a');
+  const std::string b(953, 'b');
+  // 3000 characters are two lines; exactly 2047 leave the newline as a blank piece (line 4).
+  EXPECT_EQ((Lines{"1:" + a, "2:" + b, "3:" + a, "5:next"}),
+            ReadAll(a + b + "\n" + a + "\nnext\n"));
 }
 
 TEST(ReadDictionaryFile, ARejectedLineStopsTheFile) {
-  const auto lines = ReadAll("# one\n# two\nA B C\nD E F\n", E_FAIL, 3);
-  ASSERT_EQ(1u, lines.size());
-  EXPECT_EQ(3, lines[0].line);
-
-  const auto more = ReadAll("A\nB\nC\nD\nE\n", E_FAIL, 3);
-  ASSERT_EQ(3u, more.size());
-  EXPECT_EQ((Fields{"C"}), more[2].fields);
+  EXPECT_EQ((Lines{"2:A", "3:B|C"}), ReadAll("# one\nA\nB C\nD\n", E_FAIL, 3));
 }
 
-TEST(ReadDictionaryFile, NulAndBinaryBytesAreHandledWithinTheLine) {
-  static const char kBytes[] = "A\0B C\n\0\nD\xff\x80 \x01\n\x7f";
-  const std::string content(kBytes, sizeof kBytes - 1);
-  const auto lines = ReadAll(content);
-  ASSERT_EQ(3u, lines.size());
-  EXPECT_EQ((Fields{"A"}), lines[0].fields);  // the line ends, for the reader, at its NUL
-  EXPECT_EQ(1, lines[0].line);
-  EXPECT_EQ((Fields{"D\xff\x80", "\x01"}), lines[1].fields);
-  EXPECT_EQ(3, lines[1].line);
-  EXPECT_EQ((Fields{"\x7f"}), lines[2].fields);
-}
-
-TEST(ReadDictionaryFile, NullReaderOpensNothing) {
+TEST(ReadDictionaryFile, MissingFileOrReaderFails) {
+  RecordingReader reader("/no/such/dir/x.dicts");
   StderrCapture err;
   EXPECT_EQ(E_FAIL, ReadDictionaryFile("/no/such/dir/x.dicts", nullptr));
-  EXPECT_EQ("", err.Take());
-}
-
-TEST(ReadDictionaryFile, FileThatCannotBeOpened) {
-  RecordingReader reader;
-  StderrCapture err;
   EXPECT_EQ(E_FAIL, ReadDictionaryFile("/no/such/dir/x.dicts", &reader));
   EXPECT_EQ("Error : fopen on /no/such/dir/x.dicts\n--> fopen(): No such file or directory\n",
             err.Take());
   EXPECT_TRUE(reader.lines.empty());
 }
 
-TEST(ReadDictionaryFile, FileWithoutReadPermission) {
-  if (geteuid() == 0) GTEST_SKIP() << "root reads a file whatever its mode";
-  TempDir dir;
-  const std::string path = dir.Write("x.dicts", "A B C\n");
-  ASSERT_EQ(0, chmod(path.c_str(), 0));
-  RecordingReader reader;
-  StderrCapture err;
-  EXPECT_EQ(E_FAIL, ReadDictionaryFile(path.c_str(), &reader));
-  EXPECT_EQ("Error : fopen on " + path + "\n--> fopen(): Permission denied\n", err.Take());
-  EXPECT_TRUE(reader.lines.empty());
-}
-
-TEST(ReadDictionaryFile, FifoAndDirectoryAreNotReadAndDoNotBlock) {
+TEST(ReadDictionaryFile, FifoDirectoryAndDeviceAreNotReadAndDoNotBlock) {
   TempDir dir;
   const std::string fifo = dir.path() + "/p.dicts";
   ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
-  const std::string sub = dir.MakeDir("d.dicts");
-  RecordingReader reader;
   StderrCapture err;
-  EXPECT_EQ(S_OK, ReadDictionaryFile(fifo.c_str(), &reader));  // a plain fopen would block here
-  EXPECT_EQ(S_OK, ReadDictionaryFile(sub.c_str(), &reader));
-  EXPECT_EQ(S_OK, ReadDictionaryFile("/dev/zero", &reader));  // endless, not regular
+  for (const std::string& path : {fifo, dir.MakeDir("d.dicts"), std::string("/dev/zero")}) {
+    RecordingReader reader(path);
+    EXPECT_EQ(S_OK, ReadDictionaryFile(path.c_str(), &reader)) << path;
+    EXPECT_TRUE(reader.lines.empty()) << path;
+  }
   EXPECT_EQ("", err.Take());
-  EXPECT_TRUE(reader.lines.empty());
 }
 
-TEST(SeenFileSet, NamesAreSeenByContent) {
-  SeenFileSet seen;
-  char first[] = "x.dicts";
-  char again[] = "x.dicts";
-  EXPECT_EQ(0, seen.TestAndAdd(first));
-  EXPECT_EQ(1, seen.TestAndAdd(again));  // another buffer, same text
-  EXPECT_EQ(0, seen.TestAndAdd("x.iidts"));
-  EXPECT_EQ(0, seen.TestAndAdd("X.dicts"));
-  EXPECT_EQ(1, seen.TestAndAdd("x.iidts"));
-  EXPECT_EQ(1, seen.TestAndAdd("X.dicts"));
-  EXPECT_EQ(0, seen.TestAndAdd(nullptr));  // cannot be interned: not seen, not added
-  EXPECT_EQ(0, seen.TestAndAdd(nullptr));
-  SeenFileSet fresh;  // each walk starts empty
-  EXPECT_EQ(0, fresh.TestAndAdd("x.dicts"));
+// One to six edits: an odd byte (NUL included) or a run longer than the line buffer is
+// inserted, or the tail is cut.
+std::string Mutate(std::string bytes, std::mt19937& rng) {
+  static const char kOdd[] = "\n\r \t#/{}\x80\xff";
+  for (unsigned edits = 1 + rng() % 6; edits > 0; --edits) {
+    const size_t at = bytes.empty() ? 0 : rng() % bytes.size();
+    const unsigned op = rng() % 3;
+    if (op == 0) bytes.insert(at, 1, kOdd[rng() % sizeof kOdd]);
+    if (op == 1) bytes.insert(at, std::string(1 + rng() % 3000, 'z'));
+    if (op == 2) bytes.resize(at);
+  }
+  return bytes;
+}
+
+// Any bytes: the recording reader's checks hold, and the real reader of the file's kind returns
+// S_OK or E_FAIL without crashing (the sanitizer builds check memory).
+TEST(DictionaryFileFuzz, SeedCorpusAndMutations) {
+  ZELSysTSDicReader dicts;
+  ZELSysTSIidReader iidts;
+  ZELSysTSClsidReader clsidts;
+  ZELSysTSDictionaryReader* real[] = {&dicts, &iidts, &clsidts};
+  std::mt19937 rng(20240611);
+  for (const std::string name :
+       {"binary.dicts", "crlf.iidts", "vehicle.clsidts", "vehicle.dicts", "vehicle.iidts"}) {
+    std::stringstream seed;
+    seed << std::ifstream(ZELSYSTS_DICTIONARY_CORPUS_DIR "/" + name, std::ios::binary).rdbuf();
+    ASSERT_FALSE(seed.str().empty()) << name;
+    for (int round = 0; round < 12; ++round) {
+      SCOPED_TRACE(name + " round " + std::to_string(round));
+      TempDir dir;
+      const std::string path = dir.Write(name, round == 0 ? seed.str() : Mutate(seed.str(), rng));
+      RecordingReader recorder(path);
+      StderrCapture err;  // the real readers' messages are not checked here
+      ASSERT_EQ(S_OK, ReadDictionaryFile(path.c_str(), &recorder));
+      const HRESULT result =
+          ReadDictionaryFile(path.c_str(), real[DictionaryFileKind(name.c_str()) - 1]);
+      ASSERT_TRUE(result == S_OK || result == E_FAIL) << result;
+    }
+  }
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
-// The three line readers: what each accepts, what it enters, and its messages byte for byte.
+// The three line readers: what each accepts, its messages byte for byte, and what it enters.
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -11,197 +11,95 @@
 #include "dictionaryfiles/DictionaryReaders.h"
 #include "dictionaryfiles/IidTable.h"
 
+// GUID texts as literals, so that expected messages read byte for byte.
+#define GUID_A "{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5}"
+#define GUID_B "{F5E4D3C2-B1A0-9F8E-7D6C-5B4A3F2E1D0C}"
+#define GUID_U "{00000000-0000-0000-C000-000000000046}"
+
 namespace {
 
-using zeltest::StderrCapture;
-
-const char kPath[] = "/dicts/x";
-const char kIid[] = "{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5}";
-const char kOtherIid[] = "{F5E4D3C2-B1A0-9F8E-7D6C-5B4A3F2E1D0C}";
-
-// A line's fields in writable storage, as the loader hands them over.
-class Line {
- public:
-  Line(std::initializer_list<const char*> words) {
-    for (const char* w : words) {
-      storage_.emplace_back(w, w + std::char_traits<char>::length(w) + 1);
-    }
-  }
-  // Pointers into this object's own storage (rebuilt on each call, so copies stay valid).
-  char** fields() {
-    for (int i = 0; i < 5; ++i) {
-      fields_[i] = i < count() ? storage_[static_cast<size_t>(i)].data() : nullptr;
-    }
-    return fields_;
-  }
-  int count() const { return static_cast<int>(storage_.size()); }
-
- private:
-  std::vector<std::vector<char>> storage_;
-  char* fields_[5];
-};
-
-HRESULT Feed(ZELSysTSDictionaryReader& reader, Line line, int number = 7) {
-  return reader.ProcessLine(line.fields(), line.count(), kPath, number);
+// "library leaf extended_by" of a store entry, "-" for a null name; "none" for no entry.
+std::string Describe(const DicoEntry* e) {
+  if (e == nullptr) return "none";
+  auto text = [](const char* t) { return std::string(t != nullptr ? t : "-"); };
+  return text(e->library_name) + " " + text(e->itf_leaf) + " " + text(e->extended_by);
 }
 
-TEST(DicReader, ShapesThatAreRejected) {
-  ZELSysTSDicReader reader;
-  const Line rejected[] = {
-      {"Vehicle"},
-      {"Vehicle", "IVehicle"},
-      {"Vehicle", "IVehicle", "VehicleImpl", "ITFLEAF"},
-      {"Vehicle", "IVehicle", "VehicleImpl", "itfleaf", "IVehicleLeaf"},
-      {"Vehicle", "IVehicle", "VehicleImpl", "EXTENDEDBY", "Ext"},
+TEST(Readers, EachLineGivesItsResultAndMessages) {
+  ZELSysTSDicReader dic;
+  ZELSysTSIidReader iid;
+  ZELSysTSClsidReader cls;
+  // Rows run in order against the same tables: later rows meet what earlier rows entered. Each
+  // line is handed over split on spaces, as line 7 of "/d/x".
+  const struct {
+    ZELSysTSDictionaryReader* reader;
+    std::string line;
+    HRESULT result;
+    std::string err;
+  } rows[] = {
+      {&dic, "Bad", E_FAIL, "Problem reading dico : /d/x line 7\n"},
+      {&dic, "Bad IBad", E_FAIL, "Problem reading dico : /d/x line 7\n"},
+      {&dic, "Bad IBad Lib ITFLEAF", E_FAIL, "Problem reading dico : /d/x line 7\n"},
+      {&dic, "Bad IBad Lib itfleaf L", E_FAIL, "Problem reading dico : /d/x line 7\n"},
+      {&dic, "Vehicle IVehicle libVehicleImpl", S_OK, ""},
+      {&dic, "Vehicle IPrintable VehicleImpl ITFLEAF ILeaf", S_OK, ""},
+      {&dic, "Vehicle IPersist PersistImpl EXTENDED_BY Ext", S_OK, ""},
+      // The store refuses with its own message; the line is not rejected.
+      {&dic, "Vehicle IVehicle OtherImpl", S_OK, "Problem allocating structure dico\n"},
+      {&iid, GUID_A, E_FAIL, "Error in IId dictionary /d/x line 7\n"},
+      {&iid, GUID_A " IVehicle #x", E_FAIL, "Error in IId dictionary /d/x line 7\n"},
+      {&iid, "{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5 IVehicle", E_FAIL,
+       "Error in dictionary /d/x line 7\nInvalid iid :{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5\n\n"},
+      {&iid, GUID_A " IVehicle", S_OK, ""},
+      {&iid, GUID_A " IVehicle", S_OK, ""},
+      {&iid, GUID_B " IOther", S_OK, ""},
+      {&iid, GUID_A " ITruck", E_FAIL,
+       "Error in dictionary /d/x line 7\nCan not add interface '" GUID_A " ITruck'\n"
+       "The iid is already defined with interface name 'IVehicle'\nCheck dictionaries.\n\n"},
+      {&iid, GUID_U " IVehicle", E_FAIL,
+       "Error in dictionary /d/x line 7\nCan not add interface '" GUID_U " IVehicle'\n"
+       "The interface name is already defined with another iid\n"},
+      // Both conflicts at once: the IID's name is the one reported.
+      {&iid, GUID_A " IOther", E_FAIL,
+       "Error in dictionary /d/x line 7\nCan not add interface '" GUID_A " IOther'\n"
+       "The iid is already defined with interface name 'IVehicle'\nCheck dictionaries.\n\n"},
+      {&cls, GUID_A, E_FAIL, "Problem reading dico name /d/x line 7\n"},
+      {&cls, GUID_A " Vehicle Lib x", E_FAIL, "Problem reading dico name /d/x line 7\n"},
+      {&cls, GUID_A "x Vehicle", E_FAIL, "Problem converting CLSID in /d/x line 7\n"},
+      {&cls, GUID_A " Vehicle", S_OK, ""},
+      {&cls, GUID_A " Vehicle VehicleImpl", S_OK, ""},
+      {&cls, GUID_B " Truck libTruckImpl", S_OK, ""},
+      {&cls, GUID_B " Truck", S_OK, ""},
+      {&cls, GUID_A " Car", E_FAIL,
+       "Error in dictionary /d/x line 7\nCan not add class 'Car " GUID_A " (null)'\n"},
+      {&cls, GUID_B " Truck TruckImpl", E_FAIL,
+       "Error in dictionary /d/x line 7\nCan not add class 'Truck " GUID_B " TruckImpl'\n"},
   };
-  for (Line line : rejected) {
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, line, 12));
-    EXPECT_EQ("Problem reading dico : /dicts/x line 12\n", err.Take());
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.line);
+    std::string text = row.line;  // the readers get writable fields
+    char* fields[5] = {};
+    int count = 0;
+    for (char* p = std::strtok(text.data(), " "); p != nullptr; p = std::strtok(nullptr, " ")) {
+      fields[count++] = p;
+    }
+    zeltest::StderrCapture err;
+    EXPECT_EQ(row.result, row.reader->ProcessLine(fields, count, "/d/x", 7));
+    EXPECT_EQ(row.err, err.Take());
   }
-  EXPECT_EQ(nullptr, DicoStore::FindByNames("Vehicle", "IVehicle"));
-}
 
-TEST(DicReader, AcceptedLinesFillTheStore) {
-  ZELSysTSDicReader reader;
-  StderrCapture err;
-  EXPECT_EQ(S_OK, Feed(reader, {"Vehicle", "IVehicle", "libVehicleImpl"}));
-  EXPECT_EQ(S_OK, Feed(reader, {"Vehicle", "IPrintable", "VehicleImpl", "ITFLEAF", "ILeaf"}));
-  EXPECT_EQ(S_OK, Feed(reader, {"Vehicle", "IPersist", "PersistImpl", "EXTENDED_BY", "Ext"}));
-  EXPECT_EQ("", err.Take());
-
-  const DicoEntry* plain = DicoStore::FindByNames("Vehicle", "IVehicle");
-  ASSERT_NE(nullptr, plain);
-  EXPECT_STREQ("VehicleImpl", plain->library_name);  // the store cuts "lib"
-  EXPECT_EQ(nullptr, plain->itf_leaf);
-  EXPECT_EQ(nullptr, plain->extended_by);
-  EXPECT_EQ(nullptr, plain->Creator());
-
-  const DicoEntry* leaf = DicoStore::FindByNames("Vehicle", "IPrintable");
-  ASSERT_NE(nullptr, leaf);
-  EXPECT_STREQ("ILeaf", leaf->itf_leaf);
-  EXPECT_EQ(nullptr, leaf->extended_by);
-
-  const DicoEntry* ext = DicoStore::FindByNames("Vehicle", "IPersist");
-  ASSERT_NE(nullptr, ext);
-  EXPECT_STREQ("PersistImpl", ext->library_name);
-  EXPECT_EQ(nullptr, ext->itf_leaf);
-  EXPECT_STREQ("Ext", ext->extended_by);
-}
-
-TEST(DicReader, AConflictInTheStoreDoesNotRejectTheLine) {
-  ZELSysTSDicReader reader;
-  StderrCapture err;
-  EXPECT_EQ(S_OK, Feed(reader, {"Vehicle", "IVehicle", "LibA"}));
-  EXPECT_EQ(S_OK, Feed(reader, {"Vehicle", "IVehicle", "LibB"}));
-  EXPECT_EQ("Problem allocating structure dico\n", err.Take());  // the store's own line
-  EXPECT_STREQ("LibA", DicoStore::FindByNames("Vehicle", "IVehicle")->library_name);
-}
-
-TEST(IidReader, MessagesForShapeAndText) {
-  ZELSysTSIidReader reader;
-  {
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, {kIid}, 3));
-    EXPECT_EQ(E_FAIL, Feed(reader, {kIid, "IVehicle", "#comment"}, 4));
-    EXPECT_EQ(
-        "Error in IId dictionary /dicts/x line 3\n"
-        "Error in IId dictionary /dicts/x line 4\n",
-        err.Take());
-  }
-  {
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, {"0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5", "IVehicle"}, 5));
-    EXPECT_EQ(
-        "Error in dictionary /dicts/x line 5\nInvalid iid "
-        ":0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5\n\n",
-        err.Take());
-  }
-  EXPECT_EQ(nullptr, IidTable::FindIid("IVehicle"));
-}
-
-TEST(IidReader, RepeatsAreSilentAndConflictsExplained) {
-  ZELSysTSIidReader reader;
-  {
-    StderrCapture err;
-    EXPECT_EQ(S_OK, Feed(reader, {kIid, "IVehicle"}));
-    EXPECT_EQ(S_OK, Feed(reader, {kIid, "IVehicle"}));
-    EXPECT_EQ(S_OK, Feed(reader, {kOtherIid, "IOther"}));
-    EXPECT_EQ("", err.Take());
-  }
-  ASSERT_NE(nullptr, IidTable::FindIid("IVehicle"));
-  {
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, {kIid, "ITruck"}, 8));
-    EXPECT_EQ(
-        "Error in dictionary /dicts/x line 8\n"
-        "Can not add interface '{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5} ITruck'\n"
-        "The iid is already defined with interface name 'IVehicle'\n"
-        "Check dictionaries.\n\n",
-        err.Take());
-  }
-  {
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, {"{00000000-0000-0000-C000-000000000046}", "IVehicle"}, 9));
-    EXPECT_EQ(
-        "Error in dictionary /dicts/x line 9\n"
-        "Can not add interface '{00000000-0000-0000-C000-000000000046} IVehicle'\n"
-        "The interface name is already defined with another iid\n",
-        err.Take());
-  }
-  {
-    // Both an IID with another name and a name with another IID: the IID's name is reported.
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, {kIid, "IOther"}, 10));
-    EXPECT_EQ(
-        "Error in dictionary /dicts/x line 10\n"
-        "Can not add interface '{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5} IOther'\n"
-        "The iid is already defined with interface name 'IVehicle'\n"
-        "Check dictionaries.\n\n",
-        err.Take());
-  }
-  EXPECT_STREQ("IVehicle", IidTable::FindName(*IidTable::FindIid("IVehicle")));
-}
-
-TEST(ClsidReader, MessagesForShapeAndText) {
-  ZELSysTSClsidReader reader;
-  StderrCapture err;
-  EXPECT_EQ(E_FAIL, Feed(reader, {kIid}, 2));
-  EXPECT_EQ(E_FAIL, Feed(reader, {kIid, "Vehicle", "VehicleImpl", "extra"}, 3));
-  EXPECT_EQ(E_FAIL, Feed(reader, {"{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5}x", "Vehicle"}, 4));
-  EXPECT_EQ(
-      "Problem reading dico name /dicts/x line 2\n"
-      "Problem reading dico name /dicts/x line 3\n"
-      "Problem converting CLSID in /dicts/x line 4\n",
-      err.Take());
-}
-
-TEST(ClsidReader, RepeatsAreSilentAndConflictsReported) {
-  ZELSysTSClsidReader reader;
-  {
-    StderrCapture err;
-    EXPECT_EQ(S_OK, Feed(reader, {kIid, "Vehicle"}));
-    EXPECT_EQ(S_OK, Feed(reader, {kIid, "Vehicle", "VehicleImpl"}));
-    EXPECT_EQ(S_OK, Feed(reader, {kOtherIid, "Truck", "libTruckImpl"}));
-    EXPECT_EQ(S_OK, Feed(reader, {kOtherIid, "Truck"}));
-    EXPECT_EQ("", err.Take());
-  }
-  {
-    StderrCapture err;
-    EXPECT_EQ(E_FAIL, Feed(reader, {kIid, "Car"}, 5));
-    EXPECT_EQ(E_FAIL, Feed(reader, {kOtherIid, "Truck", "TruckImpl"}, 6));
-    EXPECT_EQ(
-        "Error in dictionary /dicts/x line 5\n"
-        "Can not add class 'Car {0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5} (null)'\n"
-        "Error in dictionary /dicts/x line 6\n"
-        "Can not add class 'Truck {F5E4D3C2-B1A0-9F8E-7D6C-5B4A3F2E1D0C} TruckImpl'\n",
-        err.Take());
-  }
-  _GUID clsid = {0x0C1D2E3F, 0x4A5B, 0x6C7D, {0x8E, 0x9F, 0xA0, 0xB1, 0xC2, 0xD3, 0xE4, 0xF5}};
-  const ClsidEntry* vehicle = ClsidTable::Find(clsid);
-  ASSERT_NE(nullptr, vehicle);
-  EXPECT_STREQ("Vehicle", vehicle->class_name);
-  EXPECT_EQ(nullptr, vehicle->library_name);
+  EXPECT_EQ("none", Describe(DicoStore::FindByNames("Bad", "IBad")));
+  EXPECT_EQ("VehicleImpl - -", Describe(DicoStore::FindByNames("Vehicle", "IVehicle")));
+  EXPECT_EQ("VehicleImpl ILeaf -", Describe(DicoStore::FindByNames("Vehicle", "IPrintable")));
+  EXPECT_EQ("PersistImpl - Ext", Describe(DicoStore::FindByNames("Vehicle", "IPersist")));
+  const _GUID vehicle = {
+      0x0C1D2E3F, 0x4A5B, 0x6C7D, {0x8E, 0x9F, 0xA0, 0xB1, 0xC2, 0xD3, 0xE4, 0xF5}};
+  EXPECT_STREQ("IVehicle", IidTable::FindName(vehicle));
+  EXPECT_EQ(nullptr, IidTable::FindIid("ITruck"));
+  const ClsidEntry* entry = ClsidTable::Find(vehicle);
+  ASSERT_NE(nullptr, entry);
+  EXPECT_STREQ("Vehicle", entry->class_name);
+  EXPECT_EQ(nullptr, entry->library_name);
 }
 
 }  // namespace

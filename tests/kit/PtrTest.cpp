@@ -11,15 +11,9 @@
 
 #include "ZELSysTSObjectModeler.h"
 
-class IAlpha : public IUnknown {
- public:
-  virtual int Alpha() = 0;
-};
+class IAlpha : public IUnknown {};
 ZELSYSTS_DECLARE_INTERFACE(IAlpha, "{88BC63B6-FD25-4094-A4C5-20E6CD747537}");
-class IBeta : public IUnknown {
- public:
-  virtual int Beta() = 0;
-};
+class IBeta : public IUnknown {};
 ZELSYSTS_DECLARE_INTERFACE(IBeta, "{34631391-FE17-4509-BD6B-730D1EF3F1AC}");
 
 namespace {
@@ -50,8 +44,6 @@ class Counting final : public IAlpha, public IBeta {
     if (watched != nullptr) seen = watched->Get();
     return count == 0 ? 0 : --count;
   }
-  int Alpha() override { return 1; }
-  int Beta() override { return 2; }
 
   uint32_t count = 1;
   bool offers_beta = true;
@@ -124,8 +116,8 @@ TEST(KitPtr, ConversionQueriesAndAFailedOneHoldsNothing) {
 
 TEST(KitPtr, UsingAnEmptyPointerAsserts) {
   AlphaPtr empty;
-  EXPECT_DEATH(empty->Alpha(), "empty interface pointer");
-  EXPECT_DEATH((*empty).Alpha(), "empty interface pointer");
+  EXPECT_DEATH(empty->AddRef(), "empty interface pointer");
+  EXPECT_DEATH((*empty).AddRef(), "empty interface pointer");
 }
 
 TEST(KitGuidLiteral, AgreesWithTheConversionAndRejectsMalformations) {

@@ -1,5 +1,6 @@
-// Mistakes that the kit turns into compile errors. Compiled only by the KitCompileErrors test:
-// with KIT_CASE=0 the file has no mistake and must compile; each line that selects a case n by
+// Mistakes that the kit turns into compile errors rather than into a wrong GUID or a class
+// registered under the wrong name or kind. Compiled only by the KitCompileErrors test: with
+// KIT_CASE=0 the file has no mistake and must compile; each line that selects a case n by
 // "KIT_CASE == n" or "KIT_CASE != n" names after "expect:" what the diagnostic must contain.
 #include "ZELSysTSObjectModeler.h"
 
@@ -29,8 +30,7 @@ class KitDerivedClass : public ZELSysTSImplementation<KitDerivedClass, KitBaseCl
 
 class KitOtherClass : public ZELSysTSImplementation<KitOtherClass, ZELSysTSBaseUnknown> {
  public:
-#if KIT_CASE == 6    // expect: declares: static constexpr ZELSysTSClassInfo class_info
-#elif KIT_CASE == 7  // expect: only extensions list the classes they extend
+#if KIT_CASE == 6  // expect: only extensions list the classes they extend
   static constexpr const char* extends[] = {"KitBaseClass"};
   static constexpr ZELSysTSClassInfo class_info{"KitOtherClass", extends};
 #else
@@ -41,8 +41,3 @@ class KitOtherClass : public ZELSysTSImplementation<KitOtherClass, ZELSysTSBaseU
 ZELSYSTS_REGISTER_CLASS(KitBaseClass);
 ZELSYSTS_REGISTER_CLASS(KitDerivedClass);
 ZELSYSTS_REGISTER_CLASS(KitOtherClass);
-
-// A class is not an interface.
-#if KIT_CASE == 8  // expect: needs the identity of I
-ZELSysTSPtr<KitBaseClass> kNotAnInterface;
-#endif

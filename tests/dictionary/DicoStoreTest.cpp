@@ -1,5 +1,5 @@
 // The dictionary store's tables: bucket functions, chain order, insert-or-merge by names and by
-// GUIDs with their conflict rules, the allocation seam and the one-time initialisation.
+// GUIDs with their conflict rules, and the allocation seam.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -80,8 +80,8 @@ TEST(DicoStoreChainTest, CollidingPairsAreChainedInOrderOfFirstInsertion) {
 
 // A name insert written "lib|leaf|ext|creator" (an empty part is null; the creator is A or B),
 // and a record's fields written the same way.
-DicoEntry* Insert(const std::string& cls, const std::string& spec) {
-  std::istringstream in(spec);
+DicoEntry* Insert(const std::string& cls, const std::string& args) {
+  std::istringstream in(args);
   std::string p[4];
   for (std::string& part : p) std::getline(in, part, '|');
   auto arg = [&p](int i) { return p[i].empty() ? nullptr : p[i].c_str(); };
@@ -242,14 +242,6 @@ TEST(DicoStoreAllocationTest, AnInsertWithoutMemoryFailsCleanly) {
   DicoStore::SetAllocatorForTesting(nullptr);
   EXPECT_EQ(rec, DicoStore::InsertByGuids(&kCls, &kItf, kFnA, rec));
   EXPECT_EQ(1, NameChainLength("Plane", "IFly"));
-}
-
-TEST(DicoStoreInitializeTest, TheFirstInsertInitializesAndLaterCallsClearNothing) {
-  EXPECT_FALSE(DicoStore::IsInitialized());
-  DicoEntry* rec = Names("Kept", "IKept");
-  EXPECT_TRUE(DicoStore::IsInitialized());
-  DicoStore::Initialize();
-  EXPECT_EQ(rec, DicoStore::FindByNames("Kept", "IKept"));
 }
 
 }  // namespace

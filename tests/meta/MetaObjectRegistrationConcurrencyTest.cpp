@@ -3,42 +3,65 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "TestSupport.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "dictionary/DicoStore.h"
 #include "meta/ZELSysTSMetaClassExt.h"
 
 namespace {
 
-ZELSysTSMetaClass* Reg(const std::string& name, int kind, const char* extended = nullptr) {
+ZELSysTSMetaClass* Reg(const std::string& name, int kind, ZELSysTSMetaClass* base = nullptr,
+                       const char* extended = nullptr) {
   return ZELSysTSFindOrCreateMetaObject(name.c_str(), static_cast<ZELSysTSTypeOfClass>(kind),
-                                        nullptr, nullptr, extended);
+                                        nullptr, base, extended);
 }
+
+// A base whose effective meta object takes a while to come: building a meta object on it widens
+// the window between the lookup of a name and the recording of its new meta object, which
+// registration must close with the dictionary lock.
+class SlowBase : public ZELSysTSMetaClassBase {
+ public:
+  using ZELSysTSMetaClassBase::ZELSysTSMetaClassBase;
+  ZELSysTSMetaClass* GetEffectiveMetaObject() override {
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+    return this;
+  }
+};
 
 TEST(MetaObjectRegistrationConcurrency, OneMetaObjectPerNameAndEveryIdentifierOnce) {
   constexpr int kThreads = 8, kNames = 50, kExtended = 10;
   std::vector<std::vector<ZELSysTSMetaClass*>> shared(kThreads), own(kThreads);
+  static SlowBase slow(&CLSID_ZELSysTSMetaClass, "Slow", nullptr);
+  std::atomic<int> ready{0};
+  zeltest::StderrCapture err;
   std::vector<std::thread> threads;
   for (int t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {
-      // Shared names in an order of this thread's own, between names that only it uses.
+      ready.fetch_add(1);
+      while (ready.load() < kThreads) std::this_thread::yield();
+      // All threads ask for the same shared name at about the same time, between names that
+      // only one thread uses.
       for (int i = 0; i < kNames; ++i) {
-        shared[t].push_back(Reg("Shared" + std::to_string((i + 7 * t) % kNames), t % 6));
+        shared[t].push_back(Reg("Shared" + std::to_string(i), t % 6, &slow));
         own[t].push_back(Reg("Own" + std::to_string(t) + "_" + std::to_string(i), 1));
-        Reg("SharedExt", 5, ("Extended" + std::to_string((i + t) % kExtended)).c_str());
+        Reg("SharedExt", 5, nullptr, ("Extended" + std::to_string((i + t) % kExtended)).c_str());
       }
     });
   }
   for (auto& thread : threads) thread.join();
+  EXPECT_EQ(err.Take(), "");
 
   std::set<ZELSysTSMetaClass*> distinct;
   for (int t = 0; t < kThreads; ++t) {
     for (int i = 0; i < kNames; ++i) {
-      const std::string name = "Shared" + std::to_string((i + 7 * t) % kNames);
+      const std::string name = "Shared" + std::to_string(i);
       EXPECT_EQ(shared[t][i], DicoStore::FindMetaObject(name.c_str())) << name;
     }
     for (ZELSysTSMetaClass* meta : own[t]) distinct.insert(meta);

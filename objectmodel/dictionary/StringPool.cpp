@@ -39,7 +39,7 @@ struct ChainMirror {
 struct StringPoolState {
   StringNode* heads[StringPool::kBuckets];
   ChainMirror mirrors[StringPool::kBuckets];
-  HashIndex<StringNode> index;  // every pooled text by a 64-bit hash: a hit costs one probe
+  HashIndex<const char> index;  // every pooled text by a 64-bit hash: a hit costs one probe
   Chunk* chunk_head;
   Chunk* chunk_tail;
   char* write_position;
@@ -119,10 +119,10 @@ const char* StringPool::Intern(const char* text) {
 
   ScopedLock guard(Lock());
   if (g_pool.index.Usable()) {
-    const StringNode* known = g_pool.index.Find(hash, [text, n](const StringNode* node) {
-      return node->length == n && std::strcmp(node->text, text) == 0;
-    });
-    if (known != nullptr) return known->text;
+    // The slots hold the pooled texts themselves, so a hit reads no chain node.
+    const char* known = g_pool.index.Find(
+        hash, [text](const char* pooled) { return std::strcmp(pooled, text) == 0; });
+    if (known != nullptr) return known;
   }
   // Find the string, or the place where it goes: chains are ordered by length, longest first,
   // then by ascending strcmp order.
@@ -184,7 +184,7 @@ const char* StringPool::Intern(const char* text) {
   node->next = *link;
   *link = node;
   MirrorInsertLocked(mirror, pos, node);
-  g_pool.index.Add(hash, node);
+  g_pool.index.Add(hash, pooled);
   return pooled;
 }
 

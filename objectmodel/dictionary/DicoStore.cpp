@@ -13,10 +13,8 @@
 // after the lock has been released.
 #include "dictionary/DicoStore.h"
 
-#include <unistd.h>
-
 #include <atomic>
-#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -64,12 +62,10 @@ T* AllocateZeroed() {
 
 constexpr char kInsertFailed[] = "Problem allocating structure dico\n";
 
-// One write, so that the line of one thread is never cut by another's.
+// Through stdio like every other message of the system, so that the lines keep their order
+// whatever buffering a client gives stderr; the stream's own lock keeps one line whole.
 void ReportInsertFailure() {
-  ssize_t written;
-  do {
-    written = ::write(STDERR_FILENO, kInsertFailed, sizeof(kInsertFailed) - 1);
-  } while (written < 0 && errno == EINTR);
+  std::fputs(kInsertFailed, stderr);
 }
 
 // 1*b[0] + 2*b[1] + ... over signed bytes, wrapping in 32 bits.

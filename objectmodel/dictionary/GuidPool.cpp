@@ -18,11 +18,13 @@ struct GuidNode {
 // Process-wide state in static storage, zero at load. Everything but `initialized` is guarded by
 // GuidPool::Lock(). The tails make an append O(1); the index finds a GUID without walking its
 // chain (chains grow long when many GUIDs share few buckets, as generated identifiers do).
+// Every member has an initialiser, so the whole state is constant-initialised: it exists, empty,
+// before any static initialiser of any library runs, and no load-time initialiser resets it.
 struct GuidPoolState {
-  GuidNode* heads[GuidPool::kBuckets];
-  GuidNode* tails[GuidPool::kBuckets];
+  GuidNode* heads[GuidPool::kBuckets] = {};
+  GuidNode* tails[GuidPool::kBuckets] = {};
   HashIndex<GuidNode> index;
-  std::atomic<bool> initialized;
+  std::atomic<bool> initialized{};
 };
 
 GuidPoolState g_pool;

@@ -36,15 +36,17 @@ struct ChainMirror {
 
 // Process-wide state in static storage, zero at load (constant initialisation: usable from any
 // library's static initialisation). Everything but `initialized` is guarded by StringPool::Lock().
+// Every member has an initialiser, so the whole state is constant-initialised: it exists, empty,
+// before any static initialiser of any library runs, and no load-time initialiser resets it.
 struct StringPoolState {
-  StringNode* heads[StringPool::kBuckets];
-  ChainMirror mirrors[StringPool::kBuckets];
+  StringNode* heads[StringPool::kBuckets] = {};
+  ChainMirror mirrors[StringPool::kBuckets] = {};
   HashIndex<const char> index;  // every pooled text by a 64-bit hash: a hit costs one probe
-  Chunk* chunk_head;
-  Chunk* chunk_tail;
-  char* write_position;
-  int32_t bytes_left;
-  std::atomic<bool> initialized;
+  Chunk* chunk_head = {};
+  Chunk* chunk_tail = {};
+  char* write_position = {};
+  int32_t bytes_left = {};
+  std::atomic<bool> initialized{};
 };
 
 StringPoolState g_pool;

@@ -29,11 +29,13 @@ struct ClsidNode {
 
 // The tails make an append O(1) and the index finds a CLSID without walking its chain, so that
 // a large dictionary loads in linear time although the number of buckets is fixed.
+// Every member has an initialiser, so the whole state is constant-initialised: it exists, empty,
+// before any static initialiser of any library runs, and no load-time initialiser resets it.
 struct ClsidTableState {
-  ClsidNode* buckets[ClsidTable::kBuckets];
-  ClsidNode* tails[ClsidTable::kBuckets];
+  ClsidNode* buckets[ClsidTable::kBuckets] = {};
+  ClsidNode* tails[ClsidTable::kBuckets] = {};
   HashIndex<const ClsidEntry> index;
-  std::atomic<uint8_t> initialised;
+  std::atomic<uint8_t> initialised{};
 };
 
 ClsidTableState g_clsids;

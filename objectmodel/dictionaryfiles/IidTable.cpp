@@ -29,14 +29,16 @@ struct IidNode {
 
 // The tails make an append O(1) and the indexes find an IID or a name without walking its chain,
 // so that a large dictionary loads in linear time although the number of buckets is fixed.
+// Every member has an initialiser, so the whole state is constant-initialised: it exists, empty,
+// before any static initialiser of any library runs, and no load-time initialiser resets it.
 struct IidTableState {
-  IidNode* by_iid[IidTable::kBuckets];
-  IidNode* by_name[IidTable::kBuckets];
-  IidNode* iid_tails[IidTable::kBuckets];
-  IidNode* name_tails[IidTable::kBuckets];
+  IidNode* by_iid[IidTable::kBuckets] = {};
+  IidNode* by_name[IidTable::kBuckets] = {};
+  IidNode* iid_tails[IidTable::kBuckets] = {};
+  IidNode* name_tails[IidTable::kBuckets] = {};
   HashIndex<const IidEntry> iid_index;
   HashIndex<const IidEntry> name_index;
-  std::atomic<uint8_t> initialised;
+  std::atomic<uint8_t> initialised{};
 };
 
 IidTableState g_iids;

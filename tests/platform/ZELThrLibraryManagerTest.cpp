@@ -9,114 +9,82 @@
 
 namespace {
 
-using ProbeGet = int (*)();
-using ProbeSet = void (*)(int);
+using Manager = ZELThrLibraryManager;
+using Initialisations = int (*)();
 
-TEST(ZELThrLibraryManagerTest, FileNameOfAppliesTheNamingRule) {
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("Foo"), "libFoo.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("libFoo"), "libFoo.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("libFoo.so"), "libFoo.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("Foo.so"), "Foo.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("lib"), "lib.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("li"), "libli.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("so"), "libso.so");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("Foo.so.1"), "libFoo.so.1.so");
+// Each case runs in a process of its own: the probe starts unloaded and the call counters at 0.
+// Whether the probe library is loaded right now; asks without loading it or keeping a reference.
+bool ProbeLoaded() {
+  void* handle = dlopen("libZELPlatformProbe.so", RTLD_NOW | RTLD_NOLOAD);
+  if (handle != nullptr) dlclose(handle);
+  return handle != nullptr;
 }
 
-TEST(ZELThrLibraryManagerTest, FileNameOfRefusesPathsAndEmptyNames) {
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf(nullptr), "");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf(""), "");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("a/b"), "");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("/usr/lib/libFoo.so"), "");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("./libFoo.so"), "");
-  EXPECT_EQ(ZELThrLibraryManager::FileNameOf("Foo/"), "");
+// A failure is a null result that leaves no error text behind for the caller's thread.
+bool FailedCleanly(void* result) {
+  const char* error = dlerror();
+  return result == nullptr && error == nullptr;
 }
 
-TEST(ZELThrLibraryManagerTest, EverySpellingOfANameReachesTheSameLibrary) {
-  void* bare = ZELThrLibraryManager::LoadLibrary("ZELPlatformProbe");
+TEST(ZELThrLibraryManagerTest, LibraryNamesBecomeFileNames) {
+  // clang-format off
+  const std::pair<const char*, const char*> rows[] = {
+      {"Foo", "libFoo.so"}, {"libFoo", "libFoo.so"}, {"libFoo.so", "libFoo.so"},
+      {"Foo.so", "Foo.so"}, {"lib", "lib.so"}, {"li", "libli.so"}, {"so", "libso.so"},
+      {"Foo.so.1", "libFoo.so.1.so"}, {"", ""}, {"a/b", ""}, {"/usr/lib/libFoo.so", ""},
+      {"Foo/", ""}, {nullptr, ""}};
+  // clang-format on
+  for (const auto& [name, file] : rows) {
+    SCOPED_TRACE(name != nullptr ? name : "(null)");
+    EXPECT_EQ(Manager::FileNameOf(name), file);
+  }
+}
+
+TEST(ZELThrLibraryManagerTest, EverySpellingLoadsOneLibraryOnceAndKeepsItLoaded) {
+  ASSERT_FALSE(ProbeLoaded()) << "the probe library is already loaded in a fresh process";
+  void* bare = Manager::LoadLibrary("ZELPlatformProbe");
   ASSERT_NE(bare, nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibrary("libZELPlatformProbe"), bare);
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibrary("libZELPlatformProbe.so"), bare);
+  EXPECT_TRUE(ProbeLoaded()) << "the library did not stay loaded";
+  EXPECT_EQ(Manager::LoadLibrary("libZELPlatformProbe"), bare);
+  EXPECT_EQ(Manager::LoadLibrary("libZELPlatformProbe.so"), bare);
+  EXPECT_EQ(Manager::LoadLibraryCalls(), 3u);
 
-  auto initialisations = reinterpret_cast<ProbeGet>(ZELThrLibraryManager::GetFunctionAddress(
-      "ZELPlatformProbe", "ZELPlatformProbeInitialisations"));
+  auto initialisations = reinterpret_cast<Initialisations>(
+      Manager::GetFunctionAddress("ZELPlatformProbe", "ZELPlatformProbeInitialisations"));
   ASSERT_NE(initialisations, nullptr);
   EXPECT_EQ(initialisations(), 1) << "the library's initialisation ran more than once";
 }
 
-TEST(ZELThrLibraryManagerTest, GetFunctionAddressLoadsTheLibraryFirst) {
-  ASSERT_EQ(dlopen("libZELPlatformProbe.so", RTLD_NOW | RTLD_NOLOAD), nullptr)
-      << "the probe library is already loaded in a fresh process";
-  void* address =
-      ZELThrLibraryManager::GetFunctionAddress("libZELPlatformProbe.so", "ZELPlatformProbeGet");
-  ASSERT_NE(address, nullptr);
-  void* handle = dlopen("libZELPlatformProbe.so", RTLD_NOW | RTLD_NOLOAD);
-  ASSERT_NE(handle, nullptr);
-  EXPECT_EQ(dlsym(handle, "ZELPlatformProbeGet"), address);
-  dlclose(handle);  // drops only the reference that RTLD_NOLOAD added
-}
-
-TEST(ZELThrLibraryManagerTest, ALibraryStaysLoadedWithItsState) {
-  auto set = reinterpret_cast<ProbeSet>(
-      ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", "ZELPlatformProbeSet"));
-  ASSERT_NE(set, nullptr);
-  set(42);
-  // Loading again, and dropping every reference that a client could have taken itself, must
-  // neither run the initialisation again nor lose the state.
-  for (int i = 0; i < 3; ++i) {
-    void* handle = dlopen("libZELPlatformProbe.so", RTLD_NOW);
-    ASSERT_NE(handle, nullptr);
-    dlclose(handle);
-  }
-  ASSERT_NE(ZELThrLibraryManager::LoadLibrary("libZELPlatformProbe"), nullptr);
-  EXPECT_NE(dlopen("libZELPlatformProbe.so", RTLD_NOW | RTLD_NOLOAD), nullptr);
-  auto get = reinterpret_cast<ProbeGet>(
-      ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", "ZELPlatformProbeGet"));
-  ASSERT_NE(get, nullptr);
-  EXPECT_EQ(get(), 42);
-  auto initialisations = reinterpret_cast<ProbeGet>(ZELThrLibraryManager::GetFunctionAddress(
-      "ZELPlatformProbe", "ZELPlatformProbeInitialisations"));
+TEST(ZELThrLibraryManagerTest, GetFunctionAddressLoadsTheLibraryAndKeepsItLoaded) {
+  ASSERT_FALSE(ProbeLoaded()) << "the probe library is already loaded in a fresh process";
+  auto initialisations = reinterpret_cast<Initialisations>(
+      Manager::GetFunctionAddress("libZELPlatformProbe.so", "ZELPlatformProbeInitialisations"));
   ASSERT_NE(initialisations, nullptr);
+  EXPECT_TRUE(ProbeLoaded()) << "the library did not stay loaded";
   EXPECT_EQ(initialisations(), 1);
+  EXPECT_EQ(Manager::GetFunctionAddressCalls(), 1u);
+  EXPECT_EQ(Manager::LoadLibraryCalls(), 0u) << "a lookup that loads is not a load call";
 }
 
-TEST(ZELThrLibraryManagerTest, FailuresAreANullResultAndPrintNothing) {
+TEST(ZELThrLibraryManagerTest, FailuresAreCountedNullResultsThatPrintNothing) {
+  const std::string path = zeltest::BinaryDir() + "/lib/libZELPlatformProbe.so";
+  ASSERT_EQ(access(path.c_str(), R_OK), 0) << path << " is missing";
   zeltest::StderrCapture capture;
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibrary("ZELNoSuchLibraryAnywhere"), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibrary(nullptr), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibrary(""), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddress("ZELNoSuchLibraryAnywhere", "f"), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", "ZELNoSuchFunction"),
-            nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", nullptr), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", ""), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddress(nullptr, "ZELPlatformProbeGet"), nullptr);
+  for (const char* library :
+       {"ZELNoSuchLibraryAnywhere", "", static_cast<const char*>(nullptr), path.c_str()}) {
+    SCOPED_TRACE(library != nullptr ? library : "(null)");
+    EXPECT_TRUE(FailedCleanly(Manager::LoadLibrary(library)));
+    EXPECT_TRUE(
+        FailedCleanly(Manager::GetFunctionAddress(library, "ZELPlatformProbeInitialisations")));
+  }
+  EXPECT_FALSE(ProbeLoaded()) << "a path was loaded although names only are accepted";
+  for (const char* function : {"ZELNoSuchFunction", "", static_cast<const char*>(nullptr)}) {
+    SCOPED_TRACE(function != nullptr ? function : "(null)");
+    EXPECT_TRUE(FailedCleanly(Manager::GetFunctionAddress("ZELPlatformProbe", function)));
+  }
   EXPECT_EQ(capture.Take(), "");
-  // A failed dlopen or dlsym leaves no error text behind for the caller's thread.
-  EXPECT_EQ(dlerror(), nullptr);
-}
-
-TEST(ZELThrLibraryManagerTest, APathIsRefusedEvenWhenTheFileExists) {
-  const std::string library = zeltest::BinaryDir() + "/lib/libZELPlatformProbe.so";
-  ASSERT_EQ(access(library.c_str(), R_OK), 0) << library << " is missing";
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibrary(library.c_str()), nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddress(library.c_str(), "ZELPlatformProbeGet"),
-            nullptr);
-  EXPECT_EQ(dlopen("libZELPlatformProbe.so", RTLD_NOW | RTLD_NOLOAD), nullptr)
-      << "a refused path was loaded all the same";
-}
-
-TEST(ZELThrLibraryManagerTest, CountsEveryCallSuccessfulOrNot) {
-  const unsigned long loads = ZELThrLibraryManager::LoadLibraryCalls();
-  const unsigned long lookups = ZELThrLibraryManager::GetFunctionAddressCalls();
-  ZELThrLibraryManager::LoadLibrary("ZELPlatformProbe");
-  ZELThrLibraryManager::LoadLibrary("ZELNoSuchLibraryAnywhere");
-  ZELThrLibraryManager::LoadLibrary(nullptr);
-  ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", "ZELPlatformProbeGet");
-  ZELThrLibraryManager::GetFunctionAddress("ZELPlatformProbe", nullptr);
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibraryCalls() - loads, 3u);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddressCalls() - lookups, 2u)
-      << "a lookup that loads the library is one lookup call, not a load call";
+  EXPECT_EQ(Manager::LoadLibraryCalls(), 4u);
+  EXPECT_EQ(Manager::GetFunctionAddressCalls(), 7u);
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
 #include "TestSupport.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace zeltest {
@@ -16,24 +14,12 @@ namespace zeltest {
 namespace fs = std::filesystem;
 
 TempDir::TempDir() {
-  const char* base = std::getenv("TMPDIR");
-  std::string templ = std::string(base != nullptr && base[0] != '\0' ? base : "/tmp") +
-                      "/zelsysts-test-XXXXXX";
-  std::vector<char> buffer(templ.begin(), templ.end());
-  buffer.push_back('\0');
-  if (mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-  path_ = buffer.data();
+  path_ = (fs::temp_directory_path() / "zelsysts-test-XXXXXX").string();  // honours TMPDIR
+  if (mkdtemp(&path_[0]) == nullptr) throw std::runtime_error("mkdtemp failed");
 }
 
 TempDir::~TempDir() {
   std::error_code ec;
-  // Restore permissions that a test may have removed, so that everything can be deleted.
-  for (auto it = fs::recursive_directory_iterator(path_, ec); !ec && it != fs::end(it);
-       it.increment(ec)) {
-    if (it->is_directory(ec) || it->is_regular_file(ec)) {
-      fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ec);
-    }
-  }
   fs::remove_all(path_, ec);
 }
 
@@ -41,7 +27,7 @@ std::string TempDir::Write(const std::string& relative, const std::string& conte
   const fs::path full = fs::path(path_) / relative;
   fs::create_directories(full.parent_path());
   std::ofstream out(full, std::ios::binary | std::ios::trunc);
-  out.write(content.data(), static_cast<std::streamsize>(content.size()));
+  out << content;
   if (!out) throw std::runtime_error("cannot write " + full.string());
   return full.string();
 }
@@ -63,53 +49,41 @@ StderrCapture::StderrCapture() {
   close(fd);
 }
 
+StderrCapture::~StderrCapture() {
+  Take();
+}
+
 std::string StderrCapture::Take() {
-  if (!done_) {
-    std::fflush(stderr);
-    dup2(saved_fd_, 2);
-    close(saved_fd_);
-    saved_fd_ = -1;
-    std::ifstream in(file_, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    text_ = ss.str();
-    unlink(file_.c_str());
-    done_ = true;
-  }
+  if (done_) return text_;
+  done_ = true;
+  std::fflush(stderr);
+  dup2(saved_fd_, 2);
+  close(saved_fd_);
+  std::ifstream in(file_, std::ios::binary);
+  text_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  unlink(file_.c_str());
   return text_;
 }
 
-StderrCapture::~StderrCapture() { Take(); }
-
 ScopedEnv::ScopedEnv(const char* name, const char* value) : name_(name) {
   const char* old = std::getenv(name);
-  if (old != nullptr) {
-    had_ = true;
-    old_ = old;
-  }
-  if (value != nullptr) {
-    setenv(name, value, 1);
-  } else {
-    unsetenv(name);
-  }
+  had_ = old != nullptr;
+  if (had_) old_ = old;
+  value != nullptr ? setenv(name, value, 1) : unsetenv(name);
 }
 
 ScopedEnv::~ScopedEnv() {
-  if (had_) {
-    setenv(name_.c_str(), old_.c_str(), 1);
-  } else {
-    unsetenv(name_.c_str());
-  }
+  had_ ? setenv(name_.c_str(), old_.c_str(), 1) : unsetenv(name_.c_str());
 }
 
 std::string SourceDir() {
-  const char* d = std::getenv("ZELSYSTS_TEST_SOURCE_DIR");
-  return d != nullptr ? d : ".";
+  const char* dir = std::getenv("ZELSYSTS_TEST_SOURCE_DIR");
+  return dir != nullptr ? dir : ".";
 }
 
 std::string BinaryDir() {
-  const char* d = std::getenv("ZELSYSTS_TEST_BINARY_DIR");
-  return d != nullptr ? d : ".";
+  const char* dir = std::getenv("ZELSYSTS_TEST_BINARY_DIR");
+  return dir != nullptr ? dir : ".";
 }
 
 }  // namespace zeltest

@@ -16,7 +16,7 @@ class TempDir {
   TempDir& operator=(const TempDir&) = delete;
 
   const std::string& path() const { return path_; }
-  // Writes (or overwrites) a file below the directory; creates sub-directories as needed.
+  // Writes (or overwrites) a file below the directory, creating sub-directories as needed.
   // Returns the full path.
   std::string Write(const std::string& relative, const std::string& content) const;
   // Creates a sub-directory and returns its full path.
@@ -26,8 +26,8 @@ class TempDir {
   std::string path_;
 };
 
-// Captures everything written to file descriptor 2 between construction and Take() (or the
-// end of the scope), by redirecting it to a temporary file. Flushes stderr at both ends.
+// Captures everything written to file descriptor 2 between construction and Take() (or the end
+// of the scope) in a temporary file. Flushes stderr at both ends.
 class StderrCapture {
  public:
   StderrCapture();

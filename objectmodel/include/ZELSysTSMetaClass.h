@@ -19,20 +19,20 @@ class ZELSYSTS_EXPORT ZELSysTSMetaClass {
   ZELSysTSMetaClass();
 
   // The class name, interned: two meta objects of one name share the pointer. Never freed.
-  virtual const char* GetClassName() const = 0;
+  virtual const char* GetClassName() = 0;
   // 1 when the class or one of its base classes bears this name (compared by content), else 0;
   // 0 for null.
-  virtual int IsAKindOf(const char* className) const = 0;
+  virtual int IsAKindOf(const char* className) = 0;
   // The class identifier, interned. Never null for a registered class. Never freed.
-  virtual const _GUID* GetClassId() const = 0;
+  virtual const _GUID* GetClassId() = 0;
   // 1 when the class or one of its base classes has this identifier (16 bytes equal), else 0.
   // classId must not be null.
-  virtual int IsAKindOf(const _GUID* classId) const = 0;
+  virtual int IsAKindOf(const _GUID* classId) = 0;
   // 1 when meta is this meta object or one reached from it through GetBaseMetaObject(),
   // compared by address; 0 otherwise and for null.
   virtual int IsAKindOf(const ZELSysTSMetaClass* meta) const;
   // The meta object of the base class (as its GetEffectiveMetaObject gave it), or null.
-  virtual ZELSysTSMetaClass* GetBaseMetaObject() const = 0;
+  virtual ZELSysTSMetaClass* GetBaseMetaObject() = 0;
   // The meta object that serves for this one; the library's meta objects return themselves.
   virtual ZELSysTSMetaClass* GetEffectiveMetaObject() = 0;
 

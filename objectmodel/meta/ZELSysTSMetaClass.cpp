@@ -14,7 +14,8 @@ ZELSysTSMetaClass::~ZELSysTSMetaClass() = default;
 // can present its own chain), comparing by address.
 int ZELSysTSMetaClass::IsAKindOf(const ZELSysTSMetaClass* meta) const {
   if (meta == this) return 1;
-  const ZELSysTSMetaClass* current = this;
+  // The walk reads through GetBaseMetaObject(), which is not const; it changes nothing.
+  ZELSysTSMetaClass* current = const_cast<ZELSysTSMetaClass*>(this);
   for (;;) {
     current = current->GetBaseMetaObject();
     if (current == nullptr) return 0;

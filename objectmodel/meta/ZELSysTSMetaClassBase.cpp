@@ -34,11 +34,11 @@ ZELSysTSMetaClassBase::~ZELSysTSMetaClassBase() {
   base_meta = nullptr;
 }
 
-const char* ZELSysTSMetaClassBase::GetClassName() const {
+const char* ZELSysTSMetaClassBase::GetClassName() {
   return class_name;
 }
 
-int ZELSysTSMetaClassBase::IsAKindOf(const char* className) const {
+int ZELSysTSMetaClassBase::IsAKindOf(const char* className) {
   if (className == nullptr) return 0;
   for (const ZELSysTSMetaClassBase* m = this; m != nullptr; m = AsBase(m->base_meta)) {
     if (m->class_name != nullptr && std::strcmp(m->class_name, className) == 0) return 1;
@@ -46,11 +46,11 @@ int ZELSysTSMetaClassBase::IsAKindOf(const char* className) const {
   return 0;
 }
 
-const _GUID* ZELSysTSMetaClassBase::GetClassId() const {
+const _GUID* ZELSysTSMetaClassBase::GetClassId() {
   return class_id;
 }
 
-int ZELSysTSMetaClassBase::IsAKindOf(const _GUID* classId) const {
+int ZELSysTSMetaClassBase::IsAKindOf(const _GUID* classId) {
   if (classId == nullptr) return 0;
   for (const ZELSysTSMetaClassBase* m = this; m != nullptr; m = AsBase(m->base_meta)) {
     if (m->class_id != nullptr && *m->class_id == *classId) return 1;
@@ -58,7 +58,7 @@ int ZELSysTSMetaClassBase::IsAKindOf(const _GUID* classId) const {
   return 0;
 }
 
-ZELSysTSMetaClass* ZELSysTSMetaClassBase::GetBaseMetaObject() const {
+ZELSysTSMetaClass* ZELSysTSMetaClassBase::GetBaseMetaObject() {
   return base_meta;
 }
 

@@ -21,13 +21,13 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
   ~ZELSysTSMetaClassBase() override;
 
   using ZELSysTSMetaClass::IsAKindOf;
-  const char* GetClassName() const override;
+  const char* GetClassName() override;
   // Walks base_meta (the field), comparing names by strcmp.
-  int IsAKindOf(const char* className) const override;
-  const _GUID* GetClassId() const override;
+  int IsAKindOf(const char* className) override;
+  const _GUID* GetClassId() override;
   // Walks base_meta (the field), comparing identifiers as four 32-bit words.
-  int IsAKindOf(const _GUID* classId) const override;
-  ZELSysTSMetaClass* GetBaseMetaObject() const override;
+  int IsAKindOf(const _GUID* classId) override;
+  ZELSysTSMetaClass* GetBaseMetaObject() override;
   // Returns this.
   ZELSysTSMetaClass* GetEffectiveMetaObject() override;
 

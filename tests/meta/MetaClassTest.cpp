@@ -29,11 +29,11 @@ class ForeignMeta : public ZELSysTSMetaClass {
   ForeignMeta(ZELSysTSMetaClass* standIn, ZELSysTSMetaClass* base)
       : stand_in_(standIn), base_(base) {}
   using ZELSysTSMetaClass::IsAKindOf;
-  const char* GetClassName() const override { return "Foreign"; }
-  int IsAKindOf(const char*) const override { return 0; }
-  const _GUID* GetClassId() const override { return nullptr; }
-  int IsAKindOf(const _GUID*) const override { return 0; }
-  ZELSysTSMetaClass* GetBaseMetaObject() const override { return base_; }
+  const char* GetClassName() override { return "Foreign"; }
+  int IsAKindOf(const char*) override { return 0; }
+  const _GUID* GetClassId() override { return nullptr; }
+  int IsAKindOf(const _GUID*) override { return 0; }
+  ZELSysTSMetaClass* GetBaseMetaObject() override { return base_; }
   ZELSysTSMetaClass* GetEffectiveMetaObject() override { return stand_in_; }
 
  private:

@@ -24,6 +24,23 @@ ZELSysTSMetaClassExt* ExtensionMetaOf(const ZELSysTSBaseUnknown* object) {
   return eff != nullptr ? eff->GetExtensionMetaClass() : nullptr;
 }
 
+// What AddRef and Release forward to: the object that an extension extends and the extension's
+// kind. `extended` is null for an ordinary object and for an extension that has no object yet;
+// both then count for themselves. An extension's link is set once, before the extension is handed
+// out; an ordinary object's link (its chain head) is not read, since appends change it under the
+// lock.
+struct Forwarding {
+  ZELSysTSMetaClassExt* ext;
+  ZELSysTSBaseUnknown* extended;
+  ZELSysTSTypeOfClass type;
+};
+
+Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object, void* link) {
+  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(object);
+  if (ext == nullptr || link == nullptr) return Forwarding{ext, nullptr, ZELSysTSTypeBase};
+  return Forwarding{ext, static_cast<ZELSysTSBaseUnknown*>(link), ext->GetTypeOfClass()};
+}
+
 }  // namespace
 
 ZELSysTSBaseUnknown::ZELSysTSBaseUnknown(unsigned char threadSafe)
@@ -120,13 +137,10 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
 }
 
 uint32_t ZELSysTSBaseUnknown::AddRef() {
-  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(this);
-  // An extension's link is set once, before the extension is handed out; an ordinary object's
-  // link (its chain head) is not read here, since appends to the chain change it under the lock.
-  ZELSysTSBaseUnknown* extended =
-      ext != nullptr ? static_cast<ZELSysTSBaseUnknown*>(link) : nullptr;
+  const Forwarding to = ForwardingOf(this, link);
+  ZELSysTSBaseUnknown* extended = to.extended;
   if (extended != nullptr) {
-    switch (ext->GetTypeOfClass()) {
+    switch (to.type) {
       case ZELSysTSTypeChainedExtension:
         // A chained extension lives as long as its object: its references are the object's.
         return extended->AddRef();
@@ -149,11 +163,10 @@ uint32_t ZELSysTSBaseUnknown::AddRef() {
 }
 
 uint32_t ZELSysTSBaseUnknown::Release() {
-  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(this);
-  ZELSysTSBaseUnknown* extended =
-      ext != nullptr ? static_cast<ZELSysTSBaseUnknown*>(link) : nullptr;
+  const Forwarding to = ForwardingOf(this, link);
+  ZELSysTSBaseUnknown* extended = to.extended;
   if (extended != nullptr) {
-    switch (ext->GetTypeOfClass()) {
+    switch (to.type) {
       case ZELSysTSTypeChainedExtension:
         return extended->Release();
       case ZELSysTSTypeTransientExtension: {
@@ -178,7 +191,7 @@ uint32_t ZELSysTSBaseUnknown::Release() {
   }
   if (count != 0) return count;
 
-  if (ext == nullptr) {
+  if (to.ext == nullptr) {
     // The object owns its chain: every chained extension and its node go with it, in chain
     // order. An extension's count stands for references on this object, so it is destroyed
     // outright, not released.

@@ -13,6 +13,5 @@
 
 // Null for null inputs, an object without meta object, an unrelated non-extension class, or
 // create() returning null (chain unchanged). The result is not AddRef'd.
-ZELSysTSBaseUnknown* ResolveImplementation(ZELSysTSBaseUnknown* object,
-                                           ZELSysTSMetaClass* implMeta,
+ZELSysTSBaseUnknown* ResolveImplementation(ZELSysTSBaseUnknown* object, ZELSysTSMetaClass* implMeta,
                                            ZELSysTSBaseUnknown* (*create)());

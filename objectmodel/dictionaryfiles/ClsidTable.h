@@ -13,9 +13,9 @@
 #include "ZELSysTSTypes.h"
 
 struct ClsidEntry {
-  const _GUID* class_id;      // pooled
-  const char* class_name;     // pooled
-  const char* library_name;   // pooled, or null
+  const _GUID* class_id;     // pooled
+  const char* class_name;    // pooled
+  const char* library_name;  // pooled, or null
 };
 
 class ClsidTable {

@@ -18,7 +18,7 @@ int IdentifierBucket(const _GUID& guid);
 int InterfaceNameBucket(const char* name);
 
 struct IidEntry {
-  const _GUID* interface_id;  // pooled
+  const _GUID* interface_id;   // pooled
   const char* interface_name;  // pooled
 };
 

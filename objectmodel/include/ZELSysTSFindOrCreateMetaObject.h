@@ -34,8 +34,8 @@ class ZELSYSTS_EXPORT ZELSysTSFillDictionary {
   ZELSysTSFillDictionary(const char* className, const char* interfaceName,
                          ZELSysTSInterfaceCreator creator);
   // Does nothing.
-  ZELSysTSFillDictionary(const ZELSysTSMetaClass* classMeta,
-                         const ZELSysTSMetaClass* interfaceMeta, ZELSysTSInterfaceCreator creator);
+  ZELSysTSFillDictionary(const ZELSysTSMetaClass* classMeta, const ZELSysTSMetaClass* interfaceMeta,
+                         ZELSysTSInterfaceCreator creator);
   // Does nothing and returns 1.
   static int InitMetaClasses(ZELSysTSMetaClass*, ZELSysTSMetaClass*);
 };

@@ -17,8 +17,12 @@ typedef _GUID IID;
 typedef _GUID CLSID;
 static_assert(sizeof(_GUID) == 16, "_GUID must be exactly 16 bytes");
 
-inline bool operator==(const _GUID& a, const _GUID& b) { return std::memcmp(&a, &b, 16) == 0; }
-inline bool operator!=(const _GUID& a, const _GUID& b) { return !(a == b); }
+inline bool operator==(const _GUID& a, const _GUID& b) {
+  return std::memcmp(&a, &b, 16) == 0;
+}
+inline bool operator!=(const _GUID& a, const _GUID& b) {
+  return !(a == b);
+}
 
 // A 32-bit result; negative values are failures.
 typedef int32_t HRESULT;

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "dictionaryfiles/DicoLoader.h"
+#include "dictionaryfiles/DictionaryFile.h"
 
 namespace {
 

@@ -19,6 +19,7 @@
 #include "MetaBenchSupport.h"
 #include "ZELSysTSBaseUnknown.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
+#include "ZELSysTSGuid.h"
 #include "dictionary/DicoStore.h"
 #include "meta/ZELSysTSMetaClassImpl.h"
 
@@ -131,8 +132,8 @@ void BM_QI_Failure_NoObjectMutex(benchmark::State& state) {
 }
 
 int CompareEntries(const void* a, const void* b) {
-  return ZELSysTSMetaClassImpl::CompareIid(static_cast<const ItfTableEntry*>(a)->iid,
-                                           static_cast<const ItfTableEntry*>(b)->iid);
+  return ZELSysTSCompareIid(*static_cast<const ItfTableEntry*>(a)->iid,
+                            *static_cast<const ItfTableEntry*>(b)->iid);
 }
 
 // The floor: per thread, its own mutexes (uncontended) and its own sorted table of the size of

@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "core/ScopedObjectLock.h"
 #include "core/ZELSysTSBaseUnknownAccess.h"
 #include "core/ZELSysTSChainExtension.h"
 #include "meta/ZELSysTSMetaClassBase.h"

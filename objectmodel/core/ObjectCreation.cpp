@@ -3,10 +3,10 @@
 
 #include "ZELSysTSObjectCreation.h"
 #include "ZELThrLibraryManager.h"
-#include "core/ScopedLock.h"
+#include "dictionary/ClsidTable.h"
 #include "dictionary/DicoStore.h"
-#include "dictionaryfiles/ClsidTable.h"
 #include "dictionaryfiles/DicoLoader.h"
+#include "util/ScopedLock.h"
 
 namespace {
 

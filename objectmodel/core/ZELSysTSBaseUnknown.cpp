@@ -1,10 +1,13 @@
 #include "ZELSysTSBaseUnknown.h"
 
 #include "ZELSysTSFindOrCreateMetaObject.h"
+#include "ZELSysTSGuid.h"
+#include "core/ScopedObjectLock.h"
 #include "core/ZELSysTSBaseUnknownAccess.h"
 #include "core/ZELSysTSChainExtension.h"
 #include "meta/ZELSysTSMetaClassBase.h"
 #include "meta/ZELSysTSMetaClassExt.h"
+#include "util/ThreadAnnotations.h"
 
 const _GUID CLSID_ZELSysTSBaseUnknown = {
     0x6DADD843, 0xBCD7, 0x4107, {0xB9, 0xE9, 0x72, 0x34, 0x2D, 0x73, 0x87, 0x84}};
@@ -12,10 +15,6 @@ const _GUID CLSID_ZELSysTSBaseUnknown = {
 ZELSysTSMetaClass* ZELSysTSBaseUnknown::meta_object = nullptr;
 
 namespace {
-
-// {00000000-0000-0000-C000-000000000046}
-const _GUID kIidIUnknown = {
-    0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
 // The extension view of an object: its class's extension meta object, or null for an ordinary
 // object (no meta object, no effective meta object, or a class that is not an extension).
@@ -89,12 +88,14 @@ int ZELSysTSBaseUnknown::IsAKindOf(const char* name) const {
   return meta != nullptr ? meta->IsAKindOf(name) : 0;
 }
 
-void ZELSysTSBaseUnknown::Lock() {
+// The object's mutex is taken only when the object has one, so the lock is held across calls in
+// a way the static analysis cannot follow; ScopedObjectLock pairs these calls.
+void ZELSysTSBaseUnknown::Lock() NO_THREAD_SAFETY_ANALYSIS {
   (mutex.*(&ZELMutex::LockF))();
   ++lock_count;
 }
 
-void ZELSysTSBaseUnknown::Unlock() {
+void ZELSysTSBaseUnknown::Unlock() NO_THREAD_SAFETY_ANALYSIS {
   --lock_count;
   (mutex.*(&ZELMutex::UnlockF))();
 }
@@ -113,7 +114,7 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
     if (eff == nullptr) return E_NOINTERFACE;
 
     if (eff->GetExtensionMetaClass() == nullptr) {
-      if (iid == kIidIUnknown || iid == CLSID_ZELSysTSBaseUnknown) {
+      if (iid == ZELSysTSIID_IUnknown || iid == CLSID_ZELSysTSBaseUnknown) {
         ++reference_count;
         *ppv = this;
         return S_OK;

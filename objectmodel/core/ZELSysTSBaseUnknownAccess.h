@@ -22,20 +22,3 @@ struct ZELSysTSBaseUnknownAccess {
     return static_cast<ZELSysTSBaseUnknown*>(o->link);
   }
 };
-
-// Locks an object for a scope when it has a mutex; does nothing for an object without one.
-class ScopedObjectLock {
- public:
-  explicit ScopedObjectLock(ZELSysTSBaseUnknown* object)
-      : object_(object != nullptr && object->HasMutex() ? object : nullptr) {
-    if (object_ != nullptr) object_->Lock();
-  }
-  ~ScopedObjectLock() {
-    if (object_ != nullptr) object_->Unlock();
-  }
-  ScopedObjectLock(const ScopedObjectLock&) = delete;
-  ScopedObjectLock& operator=(const ScopedObjectLock&) = delete;
-
- private:
-  ZELSysTSBaseUnknown* object_;
-};

@@ -1,7 +1,7 @@
 #include "ZELSysTSTIEInternal.h"
 
 #include "core/ImplementationResolution.h"
-#include "core/ZELSysTSBaseUnknownAccess.h"
+#include "core/ScopedObjectLock.h"
 
 HRESULT ZELSysTSTIEInternal::Tie_Construct(ZELSysTSBaseUnknown* object, ZELSysTSMetaClass* implMeta,
                                            ZELSysTSBaseUnknown* (*create)(),

@@ -1,11 +1,10 @@
 // The dictionary's two hash tables, the dictionary lock and the insert-or-merge operations.
 //
-// Layout: two arrays of 4096 chain heads in static storage (zero before Initialize runs). A
-// chain node holds one record and the next node; nodes are allocated apart from records so that
-// one record can hang in the name table and in the GUID table. New nodes are appended, so each
-// chain is in order of first insertion. Beside each table, a tail per bucket makes an append
-// O(1) and a HashIndex finds a pair without walking its chain, so that loading a dictionary of a
-// million lines stays linear although the number of buckets is fixed.
+// Layout: two ChainedTables of 4096 chains in static storage. A chain node holds one record and
+// the next node; nodes are allocated apart from records so that one record can hang in the name
+// table and in the GUID table. New nodes are appended, so each chain is in order of first
+// insertion; the tables' indexes find a pair without walking its chain, so that loading a
+// dictionary of a million lines stays linear although the number of buckets is fixed.
 //
 // Locking: every read or write of the heads, the nodes and the record fields (except reads of
 // `creator`) happens under the dictionary lock; the pools are interned inside it (their locks
@@ -19,27 +18,22 @@
 #include <cstring>
 #include <new>
 
-#include "core/NoDestructor.h"
-#include "core/ScopedLock.h"
-#include "dictionary/GuidPool.h"
-#include "dictionary/HashIndex.h"
-#include "dictionary/StringPool.h"
+#include "pools/ChainedTable.h"
+#include "pools/GuidPool.h"
+#include "pools/HashIndex.h"
+#include "pools/StringPool.h"
+#include "util/LockOrder.h"
+#include "util/ScopedLock.h"
+#include "util/ThreadAnnotations.h"
 
 namespace {
 
-struct DicoNode {
-  DicoEntry* entry;
-  DicoNode* next;
-};
+using DicoTable = ChainedTable<DicoEntry, DicoStore::kBuckets>;
+using DicoNode = DicoTable::Node;
 
-// Guarded by the dictionary lock. The tails make an append O(1); the indexes find a pair
-// without walking its chain (the chains stay the order of record, see HashIndex.h).
-DicoNode* g_name_heads[DicoStore::kBuckets];
-DicoNode* g_name_tails[DicoStore::kBuckets];
-HashIndex<DicoEntry> g_name_index;
-DicoNode* g_guid_heads[DicoStore::kBuckets];
-DicoNode* g_guid_tails[DicoStore::kBuckets];
-HashIndex<DicoEntry> g_guid_index;
+// Both tables are guarded by the dictionary lock.
+DicoTable g_names GUARDED_BY(SharedLocks::DictionaryLock());
+DicoTable g_guids GUARDED_BY(SharedLocks::DictionaryLock());
 
 // Set once, behind a full fence, after both tables have been cleared; read first without the
 // lock and again under it.
@@ -105,19 +99,6 @@ const char* WithoutLibPrefix(const char* lib) {
   return std::strncmp(lib, "lib", 3) == 0 ? lib + 3 : lib;
 }
 
-// Appends node at the end of a chain (head and tail of its bucket) and indexes its record.
-void LinkLocked(DicoNode*& head, DicoNode*& tail, HashIndex<DicoEntry>& index, uint64_t hash,
-                DicoNode* node) {
-  node->next = nullptr;
-  if (tail == nullptr) {
-    head = node;
-  } else {
-    tail->next = node;
-  }
-  tail = node;
-  index.Add(hash, node->entry);
-}
-
 bool NamesMatch(const DicoEntry* entry, const char* cls, const char* itf) {
   return std::strcmp(entry->class_name, cls) == 0 && std::strcmp(entry->interface_name, itf) == 0;
 }
@@ -126,26 +107,15 @@ bool GuidsMatch(const DicoEntry* entry, const _GUID* clsid, const _GUID* iid) {
   return SameGuid(entry->class_id, clsid) && SameGuid(entry->interface_id, iid);
 }
 
-// The first record of the bucket's chain that holds the pair: through the index while it is
-// complete, else by walking the chain.
-DicoEntry* FindNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf) {
-  if (g_name_index.Usable()) {
-    return g_name_index.Find(hash, [&](const DicoEntry* e) { return NamesMatch(e, cls, itf); });
-  }
-  for (DicoNode* node = g_name_heads[bucket]; node != nullptr; node = node->next) {
-    if (NamesMatch(node->entry, cls, itf)) return node->entry;
-  }
-  return nullptr;
+// The first record of the bucket's chain that holds the pair.
+DicoEntry* FindNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf)
+    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
+  return g_names.Find(bucket, hash, [&](const DicoEntry* e) { return NamesMatch(e, cls, itf); });
 }
 
-DicoEntry* FindGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid) {
-  if (g_guid_index.Usable()) {
-    return g_guid_index.Find(hash, [&](const DicoEntry* e) { return GuidsMatch(e, clsid, iid); });
-  }
-  for (DicoNode* node = g_guid_heads[bucket]; node != nullptr; node = node->next) {
-    if (GuidsMatch(node->entry, clsid, iid)) return node->entry;
-  }
-  return nullptr;
+DicoEntry* FindGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid)
+    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
+  return g_guids.Find(bucket, hash, [&](const DicoEntry* e) { return GuidsMatch(e, clsid, iid); });
 }
 
 // A field of a found or given record clashes with an argument when both are set and differ.
@@ -192,7 +162,8 @@ bool FillNamesLocked(DicoEntry& target, const char* cls, const char* itf, const 
 
 DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf,
                                const char* lib, const char* leaf, const char* ext, void* fn,
-                               DicoEntry* rec) {
+                               DicoEntry* rec)
+    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
   DicoEntry* found = FindNamesLocked(bucket, hash, cls, itf);
 
   DicoEntry* target = found;
@@ -212,12 +183,12 @@ DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const
   DicoNode* node = nullptr;
   DicoEntry* created = nullptr;
   if (found == nullptr) {
-    node = AllocateZeroed<DicoNode>();
+    node = g_names.NewNode();
     if (node == nullptr) return nullptr;
     if (target == nullptr) {
       created = AllocateZeroed<DicoEntry>();
       if (created == nullptr) {
-        std::free(node);
+        DicoTable::FreeNode(node);
         return nullptr;
       }
       target = created;
@@ -226,14 +197,11 @@ DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const
 
   if (!FillNamesLocked(*target, cls, itf, cutLib, leaf, ext, fn)) {
     // Nothing was linked: the node and a record made here are unreachable.
-    std::free(node);
+    DicoTable::FreeNode(node);
     std::free(created);
     return nullptr;
   }
-  if (node != nullptr) {
-    node->entry = target;
-    LinkLocked(g_name_heads[bucket], g_name_tails[bucket], g_name_index, hash, node);
-  }
+  if (node != nullptr) g_names.Append(bucket, hash, target, node);
   return target;
 }
 
@@ -247,7 +215,8 @@ bool SetOrMatchGuidLocked(const _GUID*& field, const _GUID* value) {
 }
 
 DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid,
-                               void* fn, DicoEntry* rec) {
+                               void* fn, DicoEntry* rec)
+    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
   DicoEntry* found = FindGuidsLocked(bucket, hash, clsid, iid);
 
   DicoEntry* target = found;
@@ -256,13 +225,13 @@ DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, co
   if (found != nullptr) {
     if (rec != nullptr && rec != found) return nullptr;
   } else {
-    node = AllocateZeroed<DicoNode>();
+    node = g_guids.NewNode();
     if (node == nullptr) return nullptr;
     target = rec;
     if (target == nullptr) {
       created = AllocateZeroed<DicoEntry>();
       if (created == nullptr) {
-        std::free(node);
+        DicoTable::FreeNode(node);
         return nullptr;
       }
       target = created;
@@ -271,7 +240,7 @@ DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, co
     const bool classMatches = SetOrMatchGuidLocked(target->class_id, clsid);
     const bool interfaceMatches = SetOrMatchGuidLocked(target->interface_id, iid);
     if (!classMatches || !interfaceMatches) {
-      std::free(node);
+      DicoTable::FreeNode(node);
       std::free(created);
       return nullptr;
     }
@@ -279,43 +248,29 @@ DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, co
 
   void* creator = target->creator.load(std::memory_order_relaxed);
   if (creator != nullptr && creator != fn) {
-    std::free(node);
+    DicoTable::FreeNode(node);
     std::free(created);
     return nullptr;
   }
   PublishCreatorLocked(*target, fn);
-
-  if (node != nullptr) {
-    node->entry = target;
-    LinkLocked(g_guid_heads[bucket], g_guid_tails[bucket], g_guid_index, hash, node);
-  }
+  if (node != nullptr) g_guids.Append(bucket, hash, target, node);
   return target;
-}
-
-int ChainLocked(DicoNode* head, DicoEntry** entries, int max) {
-  int count = 0;
-  for (DicoNode* node = head; node != nullptr; node = node->next, ++count) {
-    if (entries != nullptr && count < max) entries[count] = node->entry;
-  }
-  return count;
 }
 
 }  // namespace
 
 ZELSmartMutex& DicoStore::DictionaryLock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
+  return SharedLocks::DictionaryLock();
 }
 
 void DicoStore::Initialize() {
   if (g_initialized.load(std::memory_order_seq_cst)) return;
-  ScopedLock lock(DictionaryLock());
+  ScopedLock lock(SharedLocks::DictionaryLock());
   if (g_initialized.load(std::memory_order_relaxed)) return;
-  for (int i = 0; i < kBuckets; ++i) {
-    g_name_heads[i] = g_name_tails[i] = nullptr;
-    g_guid_heads[i] = g_guid_tails[i] = nullptr;
-  }
-  g_initialized.store(true, std::memory_order_seq_cst);
+  g_names.Clear();
+  g_guids.Clear();
+  // A sequentially consistent read-modify-write: a full fence after the tables are cleared.
+  g_initialized.exchange(true, std::memory_order_seq_cst);
 }
 
 bool DicoStore::IsInitialized() {
@@ -338,7 +293,7 @@ DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char
   const uint64_t hash = HashOfNames(cls, itf);
   DicoEntry* result;
   {
-    ScopedLock lock(DictionaryLock());
+    ScopedLock lock(SharedLocks::DictionaryLock());
     result = InsertByNamesLocked(bucket, hash, cls, itf, lib, leaf, ext, fn, rec);
   }
   if (result == nullptr) ReportInsertFailure();
@@ -353,7 +308,7 @@ DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* 
   const uint64_t hash = HashOfBytes(clsid, sizeof(_GUID), iid, sizeof(_GUID));
   DicoEntry* result;
   {
-    ScopedLock lock(DictionaryLock());
+    ScopedLock lock(SharedLocks::DictionaryLock());
     result = InsertByGuidsLocked(bucket, hash, clsid, iid, fn, rec);
   }
   if (result == nullptr) ReportInsertFailure();
@@ -364,7 +319,7 @@ DicoEntry* DicoStore::FindByNames(const char* className, const char* interfaceNa
   if (className == nullptr || interfaceName == nullptr) return nullptr;
   const int bucket = NameBucket(className, interfaceName);
   const uint64_t hash = HashOfNames(className, interfaceName);
-  ScopedLock lock(DictionaryLock());
+  ScopedLock lock(SharedLocks::DictionaryLock());
   return FindNamesLocked(bucket, hash, className, interfaceName);
 }
 
@@ -372,22 +327,38 @@ DicoEntry* DicoStore::FindByGuids(const _GUID* classId, const _GUID* interfaceId
   if (classId == nullptr || interfaceId == nullptr) return nullptr;
   const int bucket = GuidBucket(classId, interfaceId);
   const uint64_t hash = HashOfBytes(classId, sizeof(_GUID), interfaceId, sizeof(_GUID));
-  ScopedLock lock(DictionaryLock());
+  ScopedLock lock(SharedLocks::DictionaryLock());
   return FindGuidsLocked(bucket, hash, classId, interfaceId);
 }
 
 void DicoStore::SetAllocatorForTesting(void* (*allocate)(size_t)) {
   g_allocate.store(allocate != nullptr ? allocate : &DefaultAllocate, std::memory_order_release);
+  ScopedLock lock(SharedLocks::DictionaryLock());
+  g_names.SetAllocator(allocate);
+  g_guids.SetAllocator(allocate);
 }
+
+namespace {
+
+int ChainLocked(const DicoTable& table, int bucket, DicoEntry** entries, int max) {
+  int count = 0;
+  table.ForEachInChain(bucket, [&](DicoEntry* entry) {
+    if (entries != nullptr && count < max) entries[count] = entry;
+    ++count;
+  });
+  return count;
+}
+
+}  // namespace
 
 int DicoStore::NameChainForTesting(int bucket, DicoEntry** entries, int max) {
   if (bucket < 0 || bucket >= kBuckets) return 0;
-  ScopedLock lock(DictionaryLock());
-  return ChainLocked(g_name_heads[bucket], entries, max);
+  ScopedLock lock(SharedLocks::DictionaryLock());
+  return ChainLocked(g_names, bucket, entries, max);
 }
 
 int DicoStore::GuidChainForTesting(int bucket, DicoEntry** entries, int max) {
   if (bucket < 0 || bucket >= kBuckets) return 0;
-  ScopedLock lock(DictionaryLock());
-  return ChainLocked(g_guid_heads[bucket], entries, max);
+  ScopedLock lock(SharedLocks::DictionaryLock());
+  return ChainLocked(g_guids, bucket, entries, max);
 }

@@ -23,6 +23,8 @@
 #include "ZELSysTSMutex.h"
 #include "ZELSysTSTypes.h"
 #include "dictionary/DicoEntry.h"
+#include "util/LockOrder.h"
+#include "util/ThreadAnnotations.h"
 
 class DicoStore {
  public:
@@ -30,8 +32,8 @@ class DicoStore {
 
   // ---- the store itself -------------------------------------------------------------------
 
-  // The dictionary lock, constructed at first use and never destroyed.
-  static ZELSmartMutex& DictionaryLock();
+  // The dictionary lock, SharedLocks::DictionaryLock() (util/LockOrder.h).
+  static ZELSmartMutex& DictionaryLock() LOCK_RETURNED(SharedLocks::DictionaryLock());
   // Clears both tables once (under the dictionary lock).
   static void Initialize();
   // True once Initialize has run.
@@ -67,7 +69,8 @@ class DicoStore {
   // Never reads the files.
   static ZELSysTSMetaClass* FindMetaObject(const char* className);
 
-  // ---- queries ----------------------------------------------------------------------------
+  // ---- queries that may have the files read first ----------------------------------------
+  // Defined with the loader (dictionaryfiles/DicoStoreQueries.cpp), which they call.
 
   // loadFlag 1: have the dictionary files read first (DicoLoader::Load); any other value looks
   // only at what the store holds now. Both identifiers must be non-null.

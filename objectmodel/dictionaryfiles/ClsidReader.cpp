@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "ZELSysTSConvertStringToGUID.h"
-#include "dictionaryfiles/ClsidTable.h"
+#include "dictionary/ClsidTable.h"
 #include "dictionaryfiles/DictionaryReaders.h"
 
 HRESULT ZELSysTSClsidReader::ProcessLine(char* fields[5], int count, const char* path, int line) {

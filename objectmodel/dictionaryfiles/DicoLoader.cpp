@@ -18,10 +18,12 @@
 #include <cstring>
 
 #include "ZELSysTSStrtok.h"
-#include "core/ScopedLock.h"
 #include "dictionary/DicoStore.h"
+#include "dictionaryfiles/DictionaryFile.h"
 #include "dictionaryfiles/DictionaryReaders.h"
 #include "dictionaryfiles/SeenFileSet.h"
+#include "util/LockOrder.h"
+#include "util/ScopedLock.h"
 
 namespace {
 
@@ -87,7 +89,7 @@ bool DicoLoader::IsLoaded() {
 void DicoLoader::Load() {
   if (g_loaded.load(std::memory_order_seq_cst) != 0) return;
 
-  ScopedLock hold(DicoStore::DictionaryLock());
+  ScopedLock hold(SharedLocks::DictionaryLock());
   if (g_loaded.load(std::memory_order_seq_cst) != 0) return;  // another thread has loaded
   if (!DicoStore::IsInitialized()) DicoStore::Initialize();
 

@@ -4,6 +4,8 @@
 // per line or per field. Only regular files are read: a fifo, a device or a directory named like
 // a dictionary file is opened without blocking and then left unread, so that it can neither hang
 // the load nor feed it endless bytes.
+#include "dictionaryfiles/DictionaryFile.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -13,7 +15,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "dictionaryfiles/DicoLoader.h"
 #include "dictionaryfiles/DictionaryReaders.h"
 
 namespace {

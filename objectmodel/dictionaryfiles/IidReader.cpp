@@ -4,8 +4,9 @@
 #include <cstring>
 
 #include "ZELSysTSConvertStringToGUID.h"
+#include "ZELSysTSGuid.h"
+#include "dictionary/IidTable.h"
 #include "dictionaryfiles/DictionaryReaders.h"
-#include "dictionaryfiles/IidTable.h"
 
 HRESULT ZELSysTSIidReader::ProcessLine(char* fields[5], int count, const char* path, int line) {
   if (count != 2) {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "dictionary/StringPool.h"
+#include "pools/StringPool.h"
 
 struct SeenFileSet::Node {
   const char* name;  // interned: equal names have equal pointers

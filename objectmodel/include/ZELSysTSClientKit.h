@@ -1,6 +1,6 @@
 // The client kit: header-only C++ helpers for code that uses and implements objects of the
 // object model. Included by ZELSysTSObjectModeler.h; listed here by concept:
-//   ZELSysTSGuidLiteral.h      ZELSysTSGuid("{...}"): GUID constants checked at compile time
+//   ZELSysTSGuid.h             ZELSysTSGuid("{...}"): GUID constants checked at compile time
 //   ZELSysTSInterfaceTraits.h  ZELSYSTS_DECLARE_INTERFACE: an interface type knows its IID
 //   ZELSysTSPtr.h              ZELSysTSPtr<I>: owning interface pointer, QueryInterface on
 //                              conversion
@@ -12,7 +12,7 @@
 
 #include "ZELSysTSClass.h"
 #include "ZELSysTSCreators.h"
-#include "ZELSysTSGuidLiteral.h"
+#include "ZELSysTSGuid.h"
 #include "ZELSysTSInterfaceTraits.h"
 #include "ZELSysTSPtr.h"
 #include "ZELSysTSTie.h"

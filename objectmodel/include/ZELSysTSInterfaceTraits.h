@@ -24,7 +24,7 @@
 
 #include "ZELSysTSBaseUnknown.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
-#include "ZELSysTSGuidLiteral.h"
+#include "ZELSysTSGuid.h"
 #include "ZELSysTSTypes.h"
 
 // Specialisations hold: `iid` (constexpr _GUID), `name` (the interface's name as the dictionary
@@ -47,7 +47,7 @@ struct ZELSysTSInterfaceTraits;
 
 template <>
 struct ZELSysTSInterfaceTraits<IUnknown> {
-  static constexpr _GUID iid = ZELSysTSGuid("{00000000-0000-0000-C000-000000000046}");
+  static constexpr _GUID iid = ZELSysTSIID_IUnknown;
   static constexpr const char* name = "IUnknown";
   using parent = void;
 };

@@ -6,6 +6,7 @@
 #include "ZELSysTSClientKit.h"
 #include "ZELSysTSConvertStringToGUID.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
+#include "ZELSysTSGuid.h"
 #include "ZELSysTSMetaClass.h"
 #include "ZELSysTSObjectCreation.h"
 #include "ZELSysTSRefCounterUnknown.h"

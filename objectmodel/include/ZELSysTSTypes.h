@@ -1,28 +1,10 @@
-// Shared types of the object model: GUIDs, results, IUnknown, class kinds and creators.
+// Shared types of the object model: GUIDs (ZELSysTSGuid.h), results, IUnknown, class kinds and
+// creators.
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 
-// A 16-byte globally unique identifier, in memory order: a 32-bit field, two 16-bit fields and
-// eight bytes. Called IID when it names an interface and CLSID when it names a class. Two GUIDs
-// are equal when all 16 bytes are equal.
-struct _GUID {
-  uint32_t Data1;
-  uint16_t Data2;
-  uint16_t Data3;
-  uint8_t Data4[8];
-};
-typedef _GUID IID;
-typedef _GUID CLSID;
-static_assert(sizeof(_GUID) == 16, "_GUID must be exactly 16 bytes");
-
-inline bool operator==(const _GUID& a, const _GUID& b) {
-  return std::memcmp(&a, &b, 16) == 0;
-}
-inline bool operator!=(const _GUID& a, const _GUID& b) {
-  return !(a == b);
-}
+#include "ZELSysTSGuid.h"
 
 // A 32-bit result; negative values are failures.
 typedef int32_t HRESULT;

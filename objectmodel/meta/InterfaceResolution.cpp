@@ -10,11 +10,11 @@
 #include <cstring>
 
 #include "ZELThrLibraryManager.h"
-#include "core/ScopedLock.h"
 #include "dictionary/DicoStore.h"
 #include "dictionaryfiles/DicoLoader.h"
 #include "meta/ZELSysTSMetaClassExt.h"
 #include "meta/ZELSysTSMetaClassImpl.h"
+#include "util/ScopedLock.h"
 
 namespace {
 

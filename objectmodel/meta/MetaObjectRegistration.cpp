@@ -10,9 +10,9 @@
 #include <cstring>
 
 #include "ZELSysTSFindOrCreateMetaObject.h"
-#include "core/ScopedLock.h"
 #include "dictionary/DicoStore.h"
 #include "meta/ZELSysTSMetaClassExt.h"
+#include "util/ScopedLock.h"
 
 namespace {
 

@@ -4,8 +4,9 @@
 
 #include <cstring>
 
-#include "dictionary/GuidPool.h"
-#include "dictionary/StringPool.h"
+#include "ZELSysTSGuid.h"
+#include "pools/GuidPool.h"
+#include "pools/StringPool.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ const ZELSysTSMetaClassBase* AsBase(const ZELSysTSMetaClass* meta) {
 // stored base_meta is what serves for the base class; then the name, then the identifier.
 ZELSysTSMetaClassBase::ZELSysTSMetaClassBase(const _GUID* classId, const char* className,
                                              ZELSysTSMetaClass* baseMeta)
-    : mutex(0), class_id(nullptr), class_name(nullptr), base_meta(nullptr) {
+    : class_id(nullptr), class_name(nullptr), base_meta(nullptr) {
   if (baseMeta != nullptr) baseMeta = baseMeta->GetEffectiveMetaObject();
   base_meta = baseMeta;
   class_name = StringPool::Intern(className);

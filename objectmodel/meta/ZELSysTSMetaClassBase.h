@@ -1,6 +1,5 @@
 // ZELSysTSMetaClassBase: the plain meta object (kinds 0, 2, 3 and any unknown kind): name,
-// identifier, base, and the mutex that guards the interface table of the derived classes (a
-// plain meta object never takes it).
+// identifier and base. It has no interface table, hence no lock.
 //
 // Invariants: class_id and class_name are pooled and never null after construction (unless a
 // pool failed); base_meta is what the base's GetEffectiveMetaObject() returned. None of the three
@@ -10,7 +9,6 @@
 #pragma once
 
 #include "ZELSysTSMetaClass.h"
-#include "ZELSysTSMutex.h"
 #include "ZELSysTSTypes.h"
 
 class ZELSysTSMetaClassExt;
@@ -37,8 +35,6 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
   virtual ZELSysTSMetaClassExt* GetExtensionMetaClass();
 
  protected:
-  // Guards the interface table of the derived classes; a plain meta object never takes it.
-  ZELSmartMutex mutex;
   // Constant after construction.
   const _GUID* class_id;
   const char* class_name;

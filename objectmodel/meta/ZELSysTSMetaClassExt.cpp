@@ -4,8 +4,8 @@
 
 #include <new>
 
-#include "core/ScopedLock.h"
-#include "dictionary/StringPool.h"
+#include "pools/StringPool.h"
+#include "util/ScopedLock.h"
 
 namespace {
 
@@ -17,11 +17,11 @@ constexpr int32_t kExtendedGrowth = 3;
 ZELSysTSMetaClassExt::ZELSysTSMetaClassExt(const _GUID* classId, const char* className,
                                            ZELSysTSMetaClass* baseMeta, ZELSysTSTypeOfClass type)
     : ZELSysTSMetaClassImpl(classId, className, baseMeta),
+      type_of_class(type),
+      ext_mutex(0),
       extended_classes(nullptr),
       extended_count(0),
-      extended_capacity(0),
-      type_of_class(type),
-      ext_mutex(0) {}
+      extended_capacity(0) {}
 
 ZELSysTSMetaClassExt::~ZELSysTSMetaClassExt() {
   delete[] extended_classes;

@@ -11,6 +11,7 @@
 
 #include "ZELSysTSMutex.h"
 #include "meta/ZELSysTSMetaClassImpl.h"
+#include "util/ThreadAnnotations.h"
 
 class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
  public:
@@ -36,16 +37,15 @@ class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
   const char* ExtendedClassForTesting(int32_t index);
 
  private:
-  // 1 when pooledName is in the list. Caller holds ext_mutex.
-  int IsExtendingLocked(const char* pooledName) const;
+  // 1 when pooledName is in the list.
+  int IsExtendingLocked(const char* pooledName) const EXCLUSIVE_LOCKS_REQUIRED(ext_mutex);
 
-  // Guarded by ext_mutex.
-  const char** extended_classes;
-  int32_t extended_count;
-  int32_t extended_capacity;
   // Constant after construction.
   ZELSysTSTypeOfClass type_of_class;
-  ZELSmartMutex ext_mutex;
+  mutable ZELSmartMutex ext_mutex;
+  const char** extended_classes GUARDED_BY(ext_mutex);
+  int32_t extended_count GUARDED_BY(ext_mutex);
+  int32_t extended_capacity GUARDED_BY(ext_mutex);
 };
 
 // When meta and className are both non-null and meta's effective meta object is an extension,

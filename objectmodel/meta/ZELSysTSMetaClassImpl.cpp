@@ -7,8 +7,9 @@
 #include <cstring>
 #include <new>
 
-#include "core/ScopedLock.h"
-#include "dictionary/GuidPool.h"
+#include "ZELSysTSGuid.h"
+#include "pools/GuidPool.h"
+#include "util/ScopedLock.h"
 
 namespace {
 
@@ -23,18 +24,9 @@ IUnknown* CreateNothing(ZELSysTSBaseUnknown*, unsigned char) {
   return nullptr;
 }
 
-// Bytes 4k..4k+3 of a GUID read as a little-endian 32-bit number. The machine is little-endian
-// (x86-64), so a plain load is that number; the compiler makes it one instruction.
-uint32_t LittleEndianWord(const unsigned char* bytes) {
-  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "IID order reads little-endian words");
-  uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
 int CompareEntries(const void* a, const void* b) {
-  return ZELSysTSMetaClassImpl::CompareIid(static_cast<const ItfTableEntry*>(a)->iid,
-                                           static_cast<const ItfTableEntry*>(b)->iid);
+  return ZELSysTSCompareIid(*static_cast<const ItfTableEntry*>(a)->iid,
+                            *static_cast<const ItfTableEntry*>(b)->iid);
 }
 
 }  // namespace
@@ -42,6 +34,7 @@ int CompareEntries(const void* a, const void* b) {
 ZELSysTSMetaClassImpl::ZELSysTSMetaClassImpl(const _GUID* classId, const char* className,
                                              ZELSysTSMetaClass* baseMeta)
     : ZELSysTSMetaClassBase(classId, className, baseMeta),
+      mutex(0),
       itf_table(nullptr),
       itf_count(0),
       itf_capacity(0) {}
@@ -55,17 +48,6 @@ ZELSysTSMetaClassImpl::~ZELSysTSMetaClassImpl() {
 
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::AbsentMarker() {
   return &CreateNothing;
-}
-
-int ZELSysTSMetaClassImpl::CompareIid(const _GUID* a, const _GUID* b) {
-  const auto* x = reinterpret_cast<const unsigned char*>(a);
-  const auto* y = reinterpret_cast<const unsigned char*>(b);
-  for (int word = 0; word < 4; ++word) {
-    const uint32_t wx = LittleEndianWord(x + 4 * word);
-    const uint32_t wy = LittleEndianWord(y + 4 * word);
-    if (wx != wy) return wx < wy ? -1 : 1;
-  }
-  return 0;
 }
 
 // Lookups and recordings lock the table separately; the search in between runs unlocked, so
@@ -98,27 +80,17 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::LookupInterface(const _GUID& iid
   if (itf_count == 0) return nullptr;
   // A binary search in IID order, written out rather than through bsearch so that the
   // comparison is inlined: this lookup is the hottest path of the library.
-  const unsigned char* key = reinterpret_cast<const unsigned char*>(&iid);
-  const uint32_t k0 = LittleEndianWord(key), k1 = LittleEndianWord(key + 4),
-                 k2 = LittleEndianWord(key + 8), k3 = LittleEndianWord(key + 12);
+  uint32_t key[4];
+  for (int k = 0; k < 4; ++k) key[k] = ZELSysTSGuidWord(iid, k);
   uint32_t lo = 0;
   uint32_t hi = itf_count;
   while (lo < hi) {
     const uint32_t mid = lo + (hi - lo) / 2;
-    const unsigned char* e = reinterpret_cast<const unsigned char*>(itf_table[mid].iid);
-    uint32_t w0 = LittleEndianWord(e), w1 = 0, w2 = 0, w3 = 0;
-    int order = w0 < k0 ? -1 : (w0 > k0 ? 1 : 0);
-    if (order == 0) {
-      w1 = LittleEndianWord(e + 4);
-      order = w1 < k1 ? -1 : (w1 > k1 ? 1 : 0);
-    }
-    if (order == 0) {
-      w2 = LittleEndianWord(e + 8);
-      order = w2 < k2 ? -1 : (w2 > k2 ? 1 : 0);
-    }
-    if (order == 0) {
-      w3 = LittleEndianWord(e + 12);
-      order = w3 < k3 ? -1 : (w3 > k3 ? 1 : 0);
+    const _GUID& entry = *itf_table[mid].iid;
+    int order = 0;
+    for (int k = 0; k < 4 && order == 0; ++k) {
+      const uint32_t word = ZELSysTSGuidWord(entry, k);
+      order = word < key[k] ? -1 : (word > key[k] ? 1 : 0);
     }
     if (order == 0) return itf_table[mid].creator;
     if (order < 0) {

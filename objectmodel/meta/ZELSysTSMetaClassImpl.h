@@ -10,7 +10,9 @@
 
 #include <cstdint>
 
+#include "ZELSysTSMutex.h"
 #include "meta/ZELSysTSMetaClassBase.h"
+#include "util/ThreadAnnotations.h"
 
 struct ItfTableEntry {
   const _GUID* iid;                  // pooled
@@ -25,17 +27,16 @@ class ZELSysTSMetaClassImpl : public ZELSysTSMetaClassBase {
 
   // Table, then dictionary and libraries, then the base class; every answer is recorded.
   ZELSysTSInterfaceCreator FindInterfaceCreator(const _GUID& iid) override;
-  // What the table records for iid (a creator or AbsentMarker()), or null.
-  ZELSysTSInterfaceCreator LookupInterface(const _GUID& iid);
+  // What the table records for iid (a creator or AbsentMarker()), or null. Takes `mutex`.
+  ZELSysTSInterfaceCreator LookupInterface(const _GUID& iid) LOCKS_EXCLUDED(mutex);
   // Appends (iid, creator) and sorts the table. Past 65,532 entries nothing more is recorded.
-  void RecordInterface(const _GUID& iid, ZELSysTSInterfaceCreator creator);
+  // Takes `mutex`.
+  void RecordInterface(const _GUID& iid, ZELSysTSInterfaceCreator creator) LOCKS_EXCLUDED(mutex);
   // The creator found through the dictionary and the implementation libraries, or null.
   ZELSysTSInterfaceCreator FindInDictionary(const _GUID& iid);
 
   // The private marker recorded for "searched before, not found"; never handed to callers.
   static ZELSysTSInterfaceCreator AbsentMarker();
-  // IID order: four little-endian 32-bit words in memory order, first difference decides.
-  static int CompareIid(const _GUID* a, const _GUID* b);
 
   // Introspection for tests, under the mutex.
   uint16_t ItfCountForTesting();
@@ -43,8 +44,9 @@ class ZELSysTSMetaClassImpl : public ZELSysTSMetaClassBase {
   ItfTableEntry ItfEntryForTesting(uint16_t index);
 
  protected:
-  // Guarded by mutex.
-  ItfTableEntry* itf_table;
-  uint16_t itf_count;
-  uint16_t itf_capacity;
+  // Guards the interface table; never held with the dictionary lock or across a library call.
+  ZELSmartMutex mutex;
+  ItfTableEntry* itf_table GUARDED_BY(mutex);
+  uint16_t itf_count GUARDED_BY(mutex);
+  uint16_t itf_capacity GUARDED_BY(mutex);
 };

@@ -1,4 +1,4 @@
-// The framework's system library (stand-in): mutexes, library manager and tokeniser.
+// libZELSysTS, the system library beneath the object model: mutexes, library manager, tokeniser.
 #pragma once
 
 #include "ZELSysTSMutex.h"

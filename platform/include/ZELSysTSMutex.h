@@ -16,15 +16,20 @@
 #include <pthread.h>
 
 #include "ZELSysTSPlatformExport.h"
+#include "ZELSysTSThreadAnnotations.h"
 
-class ZELSYSTS_PLATFORM_EXPORT ZELMutex {
+class ZELSYSTS_PLATFORM_EXPORT ZELSYSTS_THREAD_ANNOTATION(capability("mutex")) ZELMutex {
  public:
   // Acquires the mutex; blocks while another thread holds it. Returns the pthread status (0).
   // Without a mutex (null handle) does nothing and returns 0.
-  int LockF() { return handle_ != nullptr ? pthread_mutex_lock(handle_) : 0; }
+  int LockF() ZELSYSTS_THREAD_ANNOTATION(acquire_capability()) {
+    return handle_ != nullptr ? pthread_mutex_lock(handle_) : 0;
+  }
   // Releases one level of the mutex held by the calling thread. Returns the pthread status (0).
   // Without a mutex (null handle) does nothing and returns 0.
-  int UnlockF() { return handle_ != nullptr ? pthread_mutex_unlock(handle_) : 0; }
+  int UnlockF() ZELSYSTS_THREAD_ANNOTATION(release_capability()) {
+    return handle_ != nullptr ? pthread_mutex_unlock(handle_) : 0;
+  }
 
   // The underlying mutex, or null for a ZELSmartMutex built with 1.
   pthread_mutex_t* Handle() const { return handle_; }
@@ -35,7 +40,8 @@ class ZELSYSTS_PLATFORM_EXPORT ZELMutex {
   pthread_mutex_t* handle_ = nullptr;
 };
 
-class ZELSYSTS_PLATFORM_EXPORT ZELSmartMutex : public ZELMutex {
+class ZELSYSTS_PLATFORM_EXPORT ZELSYSTS_THREAD_ANNOTATION(capability("mutex")) ZELSmartMutex
+    : public ZELMutex {
  public:
   // noMutex == 0: allocates and initialises a recursive mutex.
   // noMutex != 0: holds no mutex; Handle() is null.

@@ -1,4 +1,4 @@
-// Export macro of libZELSysTS, the framework's system library (our stand-in).
+// Export macro of libZELSysTS, the system library beneath the object model.
 // The library is built with hidden visibility; only what carries this macro is visible. The
 // macro means default visibility on both sides, so that a client compiled with hidden visibility
 // still sees these declarations as coming from outside.

@@ -13,9 +13,6 @@
 // held while a library initialises, so an initialiser may call back into the object model.
 #pragma once
 
-#include <cstddef>
-#include <string>
-
 #include "ZELSysTSPlatformExport.h"
 
 class ZELSYSTS_PLATFORM_EXPORT ZELThrLibraryManager {
@@ -26,11 +23,4 @@ class ZELSYSTS_PLATFORM_EXPORT ZELThrLibraryManager {
   // Address of the exported symbol `function` in `library`, loading the library first if needed.
   // Null when the library cannot be loaded or does not export the symbol.
   static void* GetFunctionAddress(const char* library, const char* function);
-
-  // The file name that `library` maps to, or an empty string when the name is refused.
-  static std::string FileNameOf(const char* library);
-
-  // Number of calls made so far to LoadLibrary and GetFunctionAddress (for tests and diagnostics).
-  static unsigned long LoadLibraryCalls();
-  static unsigned long GetFunctionAddressCalls();
 };

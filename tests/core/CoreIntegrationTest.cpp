@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "LibraryManagerCounter.h"
 #include "TestSupport.h"
 #include "ZELThrLibraryManager.h"
 #include "impl/CoreWidgetInterfaces.h"
@@ -103,10 +104,10 @@ TEST_F(CoreIntegrationTest, ExternalObjectComesFromTheRecordOrTheNamedLibrary) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(&c - cases);
-    const unsigned long lookups = ZELThrLibraryManager::GetFunctionAddressCalls();
+    const unsigned long lookups = zeltest::FunctionLookups();
     EXPECT_EQ(ZELSysTSCreateExternalObject(c.className, c.library, &argument),
               c.made ? &argument : nullptr);
-    EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddressCalls() - lookups, c.lookups);
+    EXPECT_EQ(zeltest::FunctionLookups() - lookups, c.lookups);
   }
 }
 

@@ -12,7 +12,7 @@
 
 #include "TestSupport.h"
 #include "dictionary/DicoStore.h"
-#include "dictionary/GuidPool.h"
+#include "pools/GuidPool.h"
 
 namespace {
 

@@ -9,10 +9,10 @@
 
 #include "TestSupport.h"
 #include "ZELSysTSConvertStringToGUID.h"
+#include "dictionary/ClsidTable.h"
 #include "dictionary/DicoStore.h"
-#include "dictionaryfiles/ClsidTable.h"
+#include "dictionary/IidTable.h"
 #include "dictionaryfiles/DicoLoader.h"
-#include "dictionaryfiles/IidTable.h"
 
 namespace {
 

@@ -12,6 +12,7 @@
 
 #include "TestSupport.h"
 #include "dictionaryfiles/DicoLoader.h"
+#include "dictionaryfiles/DictionaryFile.h"
 #include "dictionaryfiles/DictionaryReaders.h"
 
 namespace {

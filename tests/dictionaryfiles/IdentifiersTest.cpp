@@ -5,9 +5,9 @@
 #include <string>
 
 #include "ZELSysTSConvertStringToGUID.h"
-#include "dictionary/StringPool.h"
-#include "dictionaryfiles/ClsidTable.h"
-#include "dictionaryfiles/IidTable.h"
+#include "dictionary/ClsidTable.h"
+#include "dictionary/IidTable.h"
+#include "pools/StringPool.h"
 
 namespace {
 

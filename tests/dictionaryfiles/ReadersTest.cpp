@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "TestSupport.h"
+#include "dictionary/ClsidTable.h"
 #include "dictionary/DicoStore.h"
-#include "dictionaryfiles/ClsidTable.h"
+#include "dictionary/IidTable.h"
 #include "dictionaryfiles/DictionaryReaders.h"
-#include "dictionaryfiles/IidTable.h"
 
 // GUID texts as literals, so that expected messages read byte for byte.
 #define GUID_A "{0C1D2E3F-4A5B-6C7D-8E9F-A0B1C2D3E4F5}"

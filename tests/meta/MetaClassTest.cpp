@@ -9,12 +9,13 @@
 #include <random>
 #include <vector>
 
+#include "LibraryManagerCounter.h"
 #include "TestSupport.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "ZELThrLibraryManager.h"
 #include "dictionary/DicoStore.h"
-#include "dictionary/StringPool.h"
 #include "meta/ZELSysTSMetaClassExt.h"
+#include "pools/StringPool.h"
 
 namespace {
 
@@ -179,8 +180,8 @@ TEST(InterfaceSearch, BaseAnswersAreRecordedInBothTablesAndRecordsWithoutLibrary
   EXPECT_EQ(derived->FindInterfaceCreator(CLSID_ZELSysTSMetaClass), nullptr);
   EXPECT_EQ(derived->LookupInterface(CLSID_ZELSysTSMetaClass),
             ZELSysTSMetaClassImpl::AbsentMarker());
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibraryCalls(), 0u);
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddressCalls(), 0u);
+  EXPECT_EQ(zeltest::LibraryLoads(), 0u);
+  EXPECT_EQ(zeltest::FunctionLookups(), 0u);
 }
 
 }  // namespace

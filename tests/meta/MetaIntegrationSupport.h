@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "LibraryManagerCounter.h"
 #include "MetaTestKit.h"
 #include "TestSupport.h"
 #include "ZELThrLibraryManager.h"
@@ -78,8 +79,8 @@ class MetaResolution : public ::testing::Test {
     EXPECT_NE(meta, nullptr) << name;
     return meta;
   }
-  static unsigned long Lookups() { return ZELThrLibraryManager::GetFunctionAddressCalls(); }
-  static unsigned long Loads() { return ZELThrLibraryManager::LoadLibraryCalls(); }
+  static unsigned long Lookups() { return zeltest::FunctionLookups(); }
+  static unsigned long Loads() { return zeltest::LibraryLoads(); }
 
   zeltest::TempDir dir_;
   zeltest::ScopedEnv path_{"ZELDictionaryPath", dir_.path().c_str()};

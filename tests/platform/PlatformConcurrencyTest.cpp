@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "LibraryManagerCounter.h"
 #include "ZELSysTSMutex.h"
 #include "ZELThrLibraryManager.h"
 
@@ -57,8 +58,8 @@ TEST(ZELThrLibraryManagerConcurrencyTest, ConcurrentFirstLoadsInitialiseOnce) {
     EXPECT_EQ(functions[t], functions[0]) << "thread " << t;
   }
   EXPECT_EQ(reinterpret_cast<int (*)()>(functions[0])(), 1);
-  EXPECT_EQ(ZELThrLibraryManager::LoadLibraryCalls(), static_cast<unsigned long>(kThreads));
-  EXPECT_EQ(ZELThrLibraryManager::GetFunctionAddressCalls(), static_cast<unsigned long>(kThreads));
+  EXPECT_EQ(zeltest::LibraryLoads(), static_cast<unsigned long>(kThreads));
+  EXPECT_EQ(zeltest::FunctionLookups(), static_cast<unsigned long>(kThreads));
 }
 
 }  // namespace

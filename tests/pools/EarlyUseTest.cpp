@@ -3,10 +3,10 @@
 // put in them then must still be found afterwards: no load-time initialiser may reset a table.
 #include <gtest/gtest.h>
 
-#include "dictionary/GuidPool.h"
-#include "dictionary/StringPool.h"
-#include "dictionaryfiles/ClsidTable.h"
-#include "dictionaryfiles/IidTable.h"
+#include "dictionary/ClsidTable.h"
+#include "dictionary/IidTable.h"
+#include "pools/GuidPool.h"
+#include "pools/StringPool.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "dictionary/GuidPool.h"
+#include "pools/GuidPool.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "dictionary/GuidPool.h"
-#include "dictionary/StringPool.h"
+#include "pools/GuidPool.h"
+#include "pools/StringPool.h"
 
 namespace {
 

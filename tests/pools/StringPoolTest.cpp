@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "dictionary/StringPool.h"
+#include "pools/StringPool.h"
 
 namespace {
 

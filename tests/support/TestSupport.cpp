@@ -2,12 +2,15 @@
 
 #include <unistd.h>
 
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 namespace zeltest {
 
@@ -74,6 +77,37 @@ ScopedEnv::ScopedEnv(const char* name, const char* value) : name_(name) {
 
 ScopedEnv::~ScopedEnv() {
   had_ ? setenv(name_.c_str(), old_.c_str(), 1) : unsetenv(name_.c_str());
+}
+
+DictionaryPath::DictionaryPath()
+    : env_path_("ZELDictionaryPath", path().c_str()),
+      env_no_fallback_("ZELDictionaryNoPathNoFallback", nullptr) {}
+
+std::string StderrOf(const std::function<void()>& body) {
+  StderrCapture capture;
+  body();
+  return capture.Take();
+}
+
+void RunTogether(int threads, const std::function<void(int)>& body) {
+  std::mutex mutex;
+  std::condition_variable all_started;
+  int waiting = 0;
+  std::vector<std::thread> pool;
+  for (int i = 0; i < threads; ++i) {
+    pool.emplace_back([&, i] {
+      {
+        std::unique_lock<std::mutex> lock(mutex);
+        if (++waiting == threads) {
+          all_started.notify_all();
+        } else {
+          all_started.wait(lock, [&] { return waiting == threads; });
+        }
+      }
+      body(i);
+    });
+  }
+  for (std::thread& thread : pool) thread.join();
 }
 
 std::string SourceDir() {

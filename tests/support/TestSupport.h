@@ -1,8 +1,11 @@
-// Helpers shared by the tests: temporary folders with files, capture of standard error, and
-// environment variables set for one scope.
+// Helpers shared by the tests: temporary folders with files, a dictionary folder on the path,
+// capture of standard error, environment variables set for one scope, and threads that start
+// together.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zeltest {
@@ -59,6 +62,24 @@ class ScopedEnv {
   std::string old_;
   bool had_ = false;
 };
+
+// A TempDir that is the whole of ZELDictionaryPath for the scope (ZELDictionaryNoPathNoFallback
+// removed). Files written before the first dictionary request are what the process reads.
+class DictionaryPath : public TempDir {
+ public:
+  DictionaryPath();
+
+ private:
+  ScopedEnv env_path_;
+  ScopedEnv env_no_fallback_;
+};
+
+// Everything that body writes to standard error.
+std::string StderrOf(const std::function<void()>& body);
+
+// Runs body(i) for i in [0, threads) on as many threads, released together once all have
+// started (so that they race), and joins them all.
+void RunTogether(int threads, const std::function<void(int)>& body);
 
 // The directory of the source tree / build tree, as CTest passes them; "." when unset.
 std::string SourceDir();

@@ -5,15 +5,14 @@
 // is ordered by length (longest first), then by ascending strcmp order, whatever the order of
 // interning.
 //
-// Thread safety: every operation may be called from any thread. One lock, StringPool::Lock(),
-// guards the chains, the chunks, the write position and the bytes left; it is the innermost lock
-// of the system (see core/LockOrder.h). The bucket and length are computed before it is taken.
+// Thread safety: every operation may be called from any thread. One lock,
+// SharedLocks::StringPoolLock(), guards the chains, the chunks, the write position and the bytes
+// left; it is the innermost lock of the system (see util/LockOrder.h). The bucket and length are
+// computed before it is taken.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-
-#include "ZELSysTSMutex.h"
 
 class StringPool {
  public:
@@ -30,9 +29,6 @@ class StringPool {
   // Bucket of a text: sum of i * (unsigned) text[i], wrapping in 32 bits, low 12 bits. Stores
   // the length in *length when length is not null.
   static uint32_t Bucket(const char* text, int32_t* length);
-
-  // The pool's lock (constructed at first use, never destroyed).
-  static ZELSmartMutex& Lock();
 
   // Test seam: the allocation function used for chunks and nodes (malloc by default). Passing
   // null restores malloc.

@@ -1,4 +1,4 @@
-#include "dictionary/HashIndex.h"
+#include "pools/HashIndex.h"
 
 namespace {
 

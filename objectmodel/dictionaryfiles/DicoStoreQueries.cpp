@@ -1,10 +1,11 @@
-// Queries over the dictionary store that may first have the dictionary files read
-// (DicoLoader::Load): lookups by names or identifiers, the meta object of a class identifier
-// and the name of a GUID. The loader takes the dictionary lock for the whole reading; the
-// lookups take it afterwards, so no lock is held here across the load.
+// The queries of the dictionary store that may first have the dictionary files read
+// (DicoLoader::Load): lookups by names or identifiers, the meta object of a class identifier and
+// the name of a GUID. They sit with the loader, above the store, so that the in-memory tables
+// never depend on the reading of files. The loader takes the dictionary lock for the whole
+// reading; the lookups take it afterwards, so no lock is held here across the load.
 #include "dictionary/DicoStore.h"
+#include "dictionary/IidTable.h"
 #include "dictionaryfiles/DicoLoader.h"
-#include "dictionaryfiles/IidTable.h"
 
 namespace {
 

@@ -1,13 +1,14 @@
-#include "dictionary/StringPool.h"
+#include "pools/StringPool.h"
 
 #include <atomic>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 
-#include "core/NoDestructor.h"
-#include "core/ScopedLock.h"
-#include "dictionary/HashIndex.h"
+#include "pools/HashIndex.h"
+#include "util/LockOrder.h"
+#include "util/ScopedLock.h"
+#include "util/ThreadAnnotations.h"
 
 namespace {
 
@@ -34,10 +35,9 @@ struct ChainMirror {
   bool abandoned;
 };
 
-// Process-wide state in static storage, zero at load (constant initialisation: usable from any
-// library's static initialisation). Everything but `initialized` is guarded by StringPool::Lock().
-// Every member has an initialiser, so the whole state is constant-initialised: it exists, empty,
-// before any static initialiser of any library runs, and no load-time initialiser resets it.
+// Process-wide state in static storage. Every member has an initialiser, so the whole state is
+// constant-initialised: it exists, empty, before any static initialiser of any library runs, and
+// no load-time initialiser resets it.
 struct StringPoolState {
   StringNode* heads[StringPool::kBuckets] = {};
   ChainMirror mirrors[StringPool::kBuckets] = {};
@@ -46,10 +46,11 @@ struct StringPoolState {
   Chunk* chunk_tail = {};
   char* write_position = {};
   int32_t bytes_left = {};
-  std::atomic<bool> initialized{};
 };
 
-StringPoolState g_pool;
+StringPoolState g_pool GUARDED_BY(SharedLocks::StringPoolLock());
+// Set once, behind a full fence, after the chains are cleared; read first without the lock.
+std::atomic<bool> g_initialized{false};
 std::atomic<void* (*)(size_t)> g_allocate{&std::malloc};
 
 void* Allocate(size_t size) {
@@ -64,7 +65,8 @@ int ChainOrder(const StringNode* node, const char* text, int32_t n) {
 }
 
 // Puts node at position pos of the mirror (the same position it took in the chain).
-void MirrorInsertLocked(ChainMirror& mirror, int32_t pos, StringNode* node) {
+void MirrorInsertLocked(ChainMirror& mirror, int32_t pos, StringNode* node)
+    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::StringPoolLock()) {
   if (mirror.abandoned) return;
   if (mirror.count == mirror.capacity) {
     const int32_t capacity = mirror.capacity == 0 ? 4 : mirror.capacity * 2;
@@ -88,17 +90,12 @@ void MirrorInsertLocked(ChainMirror& mirror, int32_t pos, StringNode* node) {
 
 }  // namespace
 
-ZELSmartMutex& StringPool::Lock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
-}
-
 void StringPool::Initialize() {
-  ScopedLock guard(Lock());
-  if (g_pool.initialized.load(std::memory_order_relaxed)) return;
+  ScopedLock guard(SharedLocks::StringPoolLock());
+  if (g_initialized.load(std::memory_order_relaxed)) return;
   for (StringNode*& head : g_pool.heads) head = nullptr;
   // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
-  g_pool.initialized.exchange(true, std::memory_order_seq_cst);
+  g_initialized.exchange(true, std::memory_order_seq_cst);
 }
 
 uint32_t StringPool::Bucket(const char* text, int32_t* length) {
@@ -113,13 +110,13 @@ uint32_t StringPool::Bucket(const char* text, int32_t* length) {
 
 const char* StringPool::Intern(const char* text) {
   if (text == nullptr) return nullptr;
-  if (!g_pool.initialized.load(std::memory_order_acquire)) Initialize();
+  if (!g_initialized.load(std::memory_order_seq_cst)) Initialize();
 
   int32_t n = 0;
   const uint32_t bucket = Bucket(text, &n);
   const uint64_t hash = HashOfNames(text, "");
 
-  ScopedLock guard(Lock());
+  ScopedLock guard(SharedLocks::StringPoolLock());
   if (g_pool.index.Usable()) {
     // The slots hold the pooled texts themselves, so a hit reads no chain node.
     const char* known = g_pool.index.Find(
@@ -196,7 +193,7 @@ void StringPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
 
 int StringPool::ChainForTesting(uint32_t bucket, const char** texts, int max) {
   if (bucket >= static_cast<uint32_t>(kBuckets)) return 0;
-  ScopedLock guard(Lock());
+  ScopedLock guard(SharedLocks::StringPoolLock());
   int count = 0;
   for (StringNode* node = g_pool.heads[bucket]; node != nullptr && count < max; node = node->next) {
     texts[count++] = node->text;
@@ -205,6 +202,6 @@ int StringPool::ChainForTesting(uint32_t bucket, const char** texts, int max) {
 }
 
 int32_t StringPool::BytesLeftForTesting() {
-  ScopedLock guard(Lock());
+  ScopedLock guard(SharedLocks::StringPoolLock());
   return g_pool.bytes_left;
 }

@@ -5,11 +5,10 @@
 // changed or removed (a later line cannot add a library to an entry made without one).
 //
 // Thread safety: inserts run only during the load of the dictionary files, under the dictionary
-// lock that the loader holds; Find runs after DicoLoader::Load. TableLock() guards only the
-// one-time initialisation.
+// lock that the loader holds; Find runs after DicoLoader::Load. The table lock (util/LockOrder.h)
+// guards only the one-time initialisation.
 #pragma once
 
-#include "ZELSysTSMutex.h"
 #include "ZELSysTSTypes.h"
 
 struct ClsidEntry {
@@ -28,8 +27,6 @@ class ClsidTable {
                                   const char* libraryName);
   // The entry of clsid, or null.
   static const ClsidEntry* Find(const _GUID& clsid);
-  // Clears the buckets once.
+  // Clears the buckets once, under SharedLocks::ClsidTableLock().
   static void Initialize();
-  // The lock of the one-time initialisation (constructed at first use, never destroyed).
-  static ZELSmartMutex& TableLock();
 };

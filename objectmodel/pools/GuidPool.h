@@ -4,14 +4,14 @@
 // moved, changed or freed until the process ends. Each of the 4096 chains is in order of first
 // interning.
 //
-// Thread safety: every operation may be called from any thread. GuidPool::Lock() guards the
-// chains; it is innermost (see core/LockOrder.h). The bucket is computed before it is taken.
+// Thread safety: every operation may be called from any thread. The GUID pool's lock
+// (SharedLocks::GuidPoolLock()) guards the chains; it is innermost (see util/LockOrder.h). The
+// bucket is computed before it is taken.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-#include "ZELSysTSMutex.h"
 #include "ZELSysTSTypes.h"
 
 class GuidPool {
@@ -26,10 +26,8 @@ class GuidPool {
   // Bucket: Data1 (native order) + sum of i * byte[i] for i in 1..15, wrapping, low 12 bits.
   static uint32_t Bucket(const _GUID* guid);
 
-  // The pool's lock (constructed at first use, never destroyed).
-  static ZELSmartMutex& Lock();
-
-  // Test seam: the allocation function used for nodes (malloc by default); null restores it.
+  // Test seam: the allocation function used for GUIDs, nodes and the index (malloc by default);
+  // null restores it.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
 
   // Introspection for tests: the GUIDs of one chain in chain order (up to max), count returned.

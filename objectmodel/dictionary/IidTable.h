@@ -6,10 +6,10 @@
 //
 // Thread safety: inserts run only during the one load of the dictionary files, serialised by
 // the dictionary lock that the loader holds; lookups happen after the load, when the table no
-// longer changes, so neither takes a lock. TableLock() guards only the one-time initialisation.
+// longer changes, so neither takes a lock. The table lock (util/LockOrder.h)
+// guards only the one-time initialisation.
 #pragma once
 
-#include "ZELSysTSMutex.h"
 #include "ZELSysTSTypes.h"
 
 // Sum of i * (signed) byte[i] over the 16 bytes in memory order, low 10 bits.
@@ -33,8 +33,6 @@ class IidTable {
   static const char* FindName(const _GUID& iid);
   // The pooled IID of name, or null. Does not initialise the table.
   static const _GUID* FindIid(const char* name);
-  // Clears both tables once.
+  // Clears both tables once, under SharedLocks::IidTableLock().
   static void Initialize();
-  // The lock of the one-time initialisation (constructed at first use, never destroyed).
-  static ZELSmartMutex& TableLock();
 };

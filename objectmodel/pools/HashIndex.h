@@ -1,8 +1,8 @@
 // HashIndex<T>: an open-addressing hash index from a 64-bit key hash to a T*, kept beside the
-// fixed-size chains of a process-wide table (the dictionary store's two tables, the GUID pool)
-// so that finding a key costs one short probe sequence instead of a chain walk, however many
-// items the table holds. The number of buckets of those tables is fixed, and their chains grow
-// long in a large dictionary.
+// fixed-size chains of a process-wide table (ChainedTable, the string pool) so that finding a
+// key costs one short probe sequence instead of a chain walk, however many items the table
+// holds. The number of buckets of those tables is fixed, and their chains grow long in a large
+// dictionary.
 //
 // The chains stay the table's truth (their order, their first-match rule); the index only
 // accelerates, and holds at most one item per key (the tables link a key at most once). When
@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 template <typename T>
 class HashIndex {
@@ -33,6 +34,11 @@ class HashIndex {
       if (slot.item == nullptr) return nullptr;
       if (slot.hash == hash && matches(slot.item)) return slot.item;
     }
+  }
+
+  // The allocation function for the slot arrays (std::malloc unless a test replaces it).
+  void SetAllocator(void* (*allocate)(size_t)) {
+    allocate_ = allocate != nullptr ? allocate : &std::malloc;
   }
 
   // Adds an item under hash. When the index cannot grow it gives up (see Usable()).
@@ -63,8 +69,9 @@ class HashIndex {
 
   bool Grow() {
     const size_t capacity = slots_ == nullptr ? 1024 : (mask_ + 1) * 2;
-    auto* slots = static_cast<Slot*>(std::calloc(capacity, sizeof(Slot)));
+    auto* slots = static_cast<Slot*>(allocate_(capacity * sizeof(Slot)));
     if (slots == nullptr) return false;
+    std::memset(slots, 0, capacity * sizeof(Slot));
     const size_t mask = capacity - 1;
     if (slots_ != nullptr) {
       for (size_t i = 0; i <= mask_; ++i) {
@@ -84,6 +91,7 @@ class HashIndex {
   size_t mask_ = 0;  // capacity - 1; the capacity is a power of two
   size_t used_ = 0;
   bool abandoned_ = false;
+  void* (*allocate_)(size_t) = &std::malloc;
 };
 
 // 64-bit key hashes for the indexes (FNV-1a with a final mix). Two names are hashed with their

@@ -4,11 +4,14 @@
 #pragma once
 
 #include "ZELSysTSMutex.h"
+#include "util/ThreadAnnotations.h"
 
-class ScopedLock {
+class SCOPED_LOCKABLE ScopedLock {
  public:
-  explicit ScopedLock(ZELSmartMutex& mutex) : mutex_(mutex) { mutex_.ZELMutex::LockF(); }
-  ~ScopedLock() { mutex_.ZELMutex::UnlockF(); }
+  explicit ScopedLock(ZELSmartMutex& mutex) EXCLUSIVE_LOCK_FUNCTION(mutex) : mutex_(mutex) {
+    mutex_.ZELMutex::LockF();
+  }
+  ~ScopedLock() UNLOCK_FUNCTION() { mutex_.ZELMutex::UnlockF(); }
   ScopedLock(const ScopedLock&) = delete;
   ScopedLock& operator=(const ScopedLock&) = delete;
 

@@ -70,7 +70,7 @@ void MirrorInsertLocked(ChainMirror& mirror, int32_t pos, StringNode* node)
   if (mirror.abandoned) return;
   if (mirror.count == mirror.capacity) {
     const int32_t capacity = mirror.capacity == 0 ? 4 : mirror.capacity * 2;
-    auto* nodes = static_cast<StringNode**>(std::malloc(sizeof(StringNode*) * size_t(capacity)));
+    auto* nodes = static_cast<StringNode**>(Allocate(sizeof(StringNode*) * size_t(capacity)));
     if (nodes == nullptr) {
       std::free(mirror.nodes);
       mirror = ChainMirror{nullptr, 0, 0, true};
@@ -189,6 +189,8 @@ const char* StringPool::Intern(const char* text) {
 
 void StringPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
   g_allocate.store(allocate != nullptr ? allocate : &std::malloc);
+  ScopedLock guard(SharedLocks::StringPoolLock());
+  g_pool.index.SetAllocator(allocate);
 }
 
 int StringPool::ChainForTesting(uint32_t bucket, const char** texts, int max) {

@@ -30,8 +30,8 @@ class StringPool {
   // the length in *length when length is not null.
   static uint32_t Bucket(const char* text, int32_t* length);
 
-  // Test seam: the allocation function used for chunks and nodes (malloc by default). Passing
-  // null restores malloc.
+  // Test seam: the allocation function used for chunks, nodes, the chains' sorted mirrors and the
+  // index (malloc by default). Passing null restores malloc.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
 
   // Introspection for tests, taken under the lock: the texts of one chain in chain order (up to

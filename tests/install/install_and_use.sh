@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the build tree into a fresh prefix, then builds and runs a client against the
-# installed files twice: once with pkg-config and once with find_package.
+# installed files three times: with pkg-config, with pkg-config and only a run path (no
+# LD_LIBRARY_PATH), and with find_package.
 #
 #   install_and_use.sh <build dir> <work dir> <client source dir> [extra compiler flags]
 #
@@ -40,9 +41,12 @@ if grep -rIl -- "$build_dir" "$prefix" >"$work_dir/leaks.txt"; then
   exit 1
 fi
 
+# run_client <binary> [library path]: runs the client on an empty dictionary folder.
 run_client() {
-  local binary="$1" out="$work_dir/$(basename "$1").out" err="$work_dir/$(basename "$1").err"
-  if ! LD_LIBRARY_PATH="$libdir" ZELDictionaryPath="$work_dir/dictionary" "$binary" >"$out" 2>"$err"; then
+  local binary="$1" library_path="${2-$libdir}"
+  local out="$work_dir/$(basename "$1").out" err="$work_dir/$(basename "$1").err"
+  if ! env -u LD_LIBRARY_PATH ${library_path:+LD_LIBRARY_PATH="$library_path"} \
+    ZELDictionaryPath="$work_dir/dictionary" "$binary" >"$out" 2>"$err"; then
     cat "$out" "$err"
     echo "client $binary failed"
     exit 1
@@ -62,6 +66,12 @@ pkg-config --exists --print-errors ZELSysTSObjectModeler
 c++ -std=c++17 $extra_flags "$client_dir/client.cpp" $(pkg-config --cflags --libs ZELSysTSObjectModeler) \
   -o "$work_dir/client-pkgconfig"
 run_client "$work_dir/client-pkgconfig"
+
+step "pkg-config client with a run path and no LD_LIBRARY_PATH"
+# shellcheck disable=SC2046,SC2086
+c++ -std=c++17 $extra_flags "$client_dir/client.cpp" $(pkg-config --cflags --libs ZELSysTSObjectModeler) \
+  -Wl,-rpath,"$libdir" -o "$work_dir/client-rpath"
+run_client "$work_dir/client-rpath" ""
 
 step "find_package client"
 cmake -S "$client_dir" -B "$work_dir/client-build" -G Ninja \

@@ -1,24 +1,50 @@
-# Sourced by tools/demo.sh and tools/test.sh: installs the Debian packages that configuring the
-# default preset needs (the library, its tests and benchmarks) when they are missing. As root
-# they are installed with apt-get (apt-get update only when something is missing); otherwise the
-# missing ones are named and the script stops.
-zelsysts_packages=(cmake ninja-build g++ clang libgtest-dev libgmock-dev libbenchmark-dev
-  pkg-config libglib2.0-dev)
+# Sourced by the scripts of tools/ and by .ci/run.
+#
+# zelsysts_require <who> <need>...: makes sure the Debian packages of each need are installed.
+# Run as root with apt-get at hand, it installs what is missing (apt-get update only then);
+# otherwise it names the missing packages, says how to install them, and stops the script.
+#   build   the library and the demonstration: cmake, Ninja, g++
+#   tests   the test suite: GoogleTest, pkg-config (the install test builds a pkg-config client)
+#   clang   the clang builds (thread-safety analysis, ThreadSanitizer): clang and its runtimes
+# Google Benchmark (libbenchmark-dev) and GLib (libglib2.0-dev, a baseline of one benchmark) are
+# never required: without them the benchmarks, or that baseline, are left out.
+#
+# zelsysts_parallelism: CMAKE_BUILD_PARALLEL_LEVEL and CTEST_PARALLEL_LEVEL, the one way every
+# script and preset is told how many jobs to run, default to the number of processors.
 
-zelsysts_install_missing_packages() {
-  local who="$1" missing=() package
-  command -v dpkg >/dev/null 2>&1 || return 0
-  for package in "${zelsysts_packages[@]}"; do
-    dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+zelsysts_packages_for() {
+  case "$1" in
+    build) echo cmake ninja-build g++ ;;
+    tests) echo libgtest-dev pkg-config ;;
+    clang) echo clang libclang-rt-14-dev ;;
+    *) echo "zelsysts_require: unknown need '$1'" >&2; return 1 ;;
+  esac
+}
+
+zelsysts_require() {
+  local who="$1" need package missing=()
+  shift
+  for need in "$@"; do
+    for package in $(zelsysts_packages_for "$need"); do
+      dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
+        missing+=("$package")
+    done
   done
   ((${#missing[@]} == 0)) && return 0
-  if [[ "$(id -u)" -ne 0 ]]; then
-    echo "$who: missing packages: ${missing[*]}" >&2
-    echo "$who: install them with: apt-get install ${missing[*]}" >&2
+  if [[ "$(id -u)" -ne 0 ]] || ! command -v apt-get >/dev/null 2>&1; then
+    echo "$who: missing Debian packages: ${missing[*]}" >&2
+    echo "$who: install them (as root) with: apt-get install ${missing[*]}" >&2
     exit 1
   fi
   echo "$who: installing ${missing[*]}"
   export DEBIAN_FRONTEND=noninteractive
   apt-get update -q
   apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+zelsysts_parallelism() {
+  local processors
+  processors="$(nproc 2>/dev/null || echo 2)"
+  export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$processors}"
+  export CTEST_PARALLEL_LEVEL="${CTEST_PARALLEL_LEVEL:-$processors}"
 }

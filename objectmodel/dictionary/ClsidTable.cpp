@@ -1,6 +1,6 @@
 // The class identifier table: CLSID -> (class name, library name or null).
 //
-// Storage: the table and the initialised flag are constant-initialised and never torn down, so
+// Storage: the table and the initialized flag are constant-initialized and never torn down, so
 // they exist before any static initialiser runs.
 //
 // Guarded by the table's lock (SharedLocks::ClsidTableLock()): only the one-time clearing. The
@@ -19,7 +19,7 @@
 #include "pools/HashIndex.h"
 #include "pools/StringPool.h"
 #include "util/LockOrder.h"
-#include "util/ScopedLock.h"
+#include "util/OnceFlag.h"
 
 namespace {
 
@@ -28,11 +28,10 @@ using ClsidChains = ChainedTable<const ClsidEntry, ClsidTable::kBuckets>;
 // Written only during the load of the dictionary files (serialised by the dictionary lock that
 // the loader holds) and read after it: no lock of its own.
 ClsidChains g_clsids;
-// Set once, behind a full fence, after the table is cleared; read first without the lock.
-std::atomic<uint8_t> g_initialised{0};
+OnceFlag g_initialized;
 
-bool InitialisedFlag() {
-  return g_initialised.load(std::memory_order_seq_cst) != 0;
+bool IsInitialized() {
+  return g_initialized.Done();
 }
 
 uint64_t HashOf(const _GUID& clsid) {
@@ -47,17 +46,13 @@ const ClsidEntry* FindInChain(int bucket, uint64_t hash, const _GUID& clsid) {
 }  // namespace
 
 void ClsidTable::Initialize() {
-  ScopedLock hold(SharedLocks::ClsidTableLock());
-  if (g_initialised.load(std::memory_order_relaxed) != 0) return;
-  g_clsids.Clear();
-  // A sequentially consistent read-modify-write: a full fence after the table is cleared.
-  g_initialised.exchange(1, std::memory_order_seq_cst);
+  g_initialized.Run(SharedLocks::ClsidTableLock(), [] { g_clsids.Clear(); });
 }
 
 const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
                                      const char* libraryName) {
   if (className == nullptr) return nullptr;
-  if (!InitialisedFlag()) Initialize();
+  if (!IsInitialized()) Initialize();
 
   const int bucket = IdentifierBucket(clsid);
   const uint64_t hash = HashOf(clsid);
@@ -88,6 +83,6 @@ const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
 }
 
 const ClsidEntry* ClsidTable::Find(const _GUID& clsid) {
-  if (!InitialisedFlag()) return nullptr;
+  if (!IsInitialized()) return nullptr;
   return FindInChain(IdentifierBucket(clsid), HashOf(clsid), clsid);
 }

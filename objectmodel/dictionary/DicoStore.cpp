@@ -23,6 +23,7 @@
 #include "pools/HashIndex.h"
 #include "pools/StringPool.h"
 #include "util/LockOrder.h"
+#include "util/OnceFlag.h"
 #include "util/ScopedLock.h"
 #include "util/ThreadAnnotations.h"
 
@@ -35,9 +36,7 @@ using DicoNode = DicoTable::Node;
 DicoTable g_names GUARDED_BY(SharedLocks::DictionaryLock());
 DicoTable g_guids GUARDED_BY(SharedLocks::DictionaryLock());
 
-// Set once, behind a full fence, after both tables have been cleared; read first without the
-// lock and again under it.
-std::atomic<bool> g_initialized{false};
+OnceFlag g_initialized;
 
 void* DefaultAllocate(size_t size) {
   void* memory = std::malloc(size);
@@ -264,17 +263,15 @@ ZELSmartMutex& DicoStore::DictionaryLock() {
 }
 
 void DicoStore::Initialize() {
-  if (g_initialized.load(std::memory_order_seq_cst)) return;
-  ScopedLock lock(SharedLocks::DictionaryLock());
-  if (g_initialized.load(std::memory_order_relaxed)) return;
-  g_names.Clear();
-  g_guids.Clear();
-  // A sequentially consistent read-modify-write: a full fence after the tables are cleared.
-  g_initialized.exchange(true, std::memory_order_seq_cst);
+  g_initialized.Run(SharedLocks::DictionaryLock(),
+                    [&]() EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
+                      g_names.Clear();
+                      g_guids.Clear();
+                    });
 }
 
 bool DicoStore::IsInitialized() {
-  return g_initialized.load(std::memory_order_seq_cst);
+  return g_initialized.Done();
 }
 
 int DicoStore::NameBucket(const char* className, const char* interfaceName) {

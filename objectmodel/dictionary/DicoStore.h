@@ -7,7 +7,7 @@
 // returned record stays valid for the life of the process.
 //
 // Thread safety: the dictionary lock (DictionaryLock(), recursive) guards both tables, the
-// initialised flag and the fields of every record except reads of `creator`. It is taken again
+// initialized flag and the fields of every record except reads of `creator`. It is taken again
 // by the thread that holds it: the loader holds it for the whole reading of the files, and
 // registration holds it across a find-or-create. Pools are interned under it (pools' locks are
 // innermost). Buckets are computed before the lock is taken.

@@ -1,7 +1,7 @@
 // The interface identifier table: one entry per interface, reached by one node in the by-IID
 // chains and one node in the by-name chains.
 //
-// Storage: the tables and the initialised flag are constant-initialised and never torn down, so
+// Storage: the tables and the initialized flag are constant-initialized and never torn down, so
 // they exist before any static initialiser runs.
 //
 // Guarded by the table's lock (SharedLocks::IidTableLock()): only the one-time clearing. The chains
@@ -19,7 +19,7 @@
 #include "pools/HashIndex.h"
 #include "pools/StringPool.h"
 #include "util/LockOrder.h"
-#include "util/ScopedLock.h"
+#include "util/OnceFlag.h"
 
 namespace {
 
@@ -29,11 +29,10 @@ using IidChains = ChainedTable<const IidEntry, IidTable::kBuckets>;
 // the loader holds) and read after it: no lock of their own.
 IidChains g_by_iid;
 IidChains g_by_name;
-// Set once, behind a full fence, after both tables are cleared; read first without the lock.
-std::atomic<uint8_t> g_initialised{0};
+OnceFlag g_initialized;
 
-bool InitialisedFlag() {
-  return g_initialised.load(std::memory_order_seq_cst) != 0;
+bool IsInitialized() {
+  return g_initialized.Done();
 }
 
 uint64_t HashOfIid(const _GUID& iid) {
@@ -75,17 +74,15 @@ int InterfaceNameBucket(const char* name) {
 }
 
 void IidTable::Initialize() {
-  ScopedLock hold(SharedLocks::IidTableLock());
-  if (g_initialised.load(std::memory_order_relaxed) != 0) return;
-  g_by_iid.Clear();
-  g_by_name.Clear();
-  // A sequentially consistent read-modify-write: a full fence after the tables are cleared.
-  g_initialised.exchange(1, std::memory_order_seq_cst);
+  g_initialized.Run(SharedLocks::IidTableLock(), [] {
+    g_by_iid.Clear();
+    g_by_name.Clear();
+  });
 }
 
 int IidTable::Insert(const _GUID& iid, const char* name) {
   if (name == nullptr) return 0;
-  if (!InitialisedFlag()) Initialize();
+  if (!IsInitialized()) Initialize();
 
   // A name is known with exactly one IID and an IID under exactly one name.
   if (const IidEntry* known = FindByName(name)) {
@@ -114,13 +111,13 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
 }
 
 const char* IidTable::FindName(const _GUID& iid) {
-  if (!InitialisedFlag()) return nullptr;
+  if (!IsInitialized()) return nullptr;
   const IidEntry* entry = FindByIid(iid);
   return entry != nullptr ? entry->interface_name : nullptr;
 }
 
 const _GUID* IidTable::FindIid(const char* name) {
-  if (name == nullptr || !InitialisedFlag()) return nullptr;
+  if (name == nullptr || !IsInitialized()) return nullptr;
   const IidEntry* entry = FindByName(name);
   return entry != nullptr ? entry->interface_id : nullptr;
 }

@@ -1,6 +1,6 @@
 // The one reading of the dictionary files.
 //
-// Atomic, read without a lock: the loaded flag. It goes from 0 to 1 once, after a completed walk,
+// Read without a lock: the loaded flag (a OnceFlag). It is set once, after a completed walk,
 // behind a full fence; whoever sees it set may read the store and the identifier tables without
 // locking, since nothing changes them after the walk.
 //
@@ -12,7 +12,6 @@
 
 #include <dirent.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,11 +22,12 @@
 #include "dictionaryfiles/DictionaryReaders.h"
 #include "dictionaryfiles/SeenFileSet.h"
 #include "util/LockOrder.h"
-#include "util/ScopedLock.h"
+#include "util/OnceFlag.h"
 
 namespace {
 
-std::atomic<uint8_t> g_loaded{0};
+// Set after a completed walk (see the file comment).
+OnceFlag g_loaded;
 
 // The three readers, stateless, used through the reader interface only.
 struct Readers {
@@ -83,39 +83,34 @@ void ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& read
 }  // namespace
 
 bool DicoLoader::IsLoaded() {
-  return g_loaded.load(std::memory_order_seq_cst) != 0;
+  return g_loaded.Done();
 }
 
 void DicoLoader::Load() {
-  if (g_loaded.load(std::memory_order_seq_cst) != 0) return;
+  g_loaded.Run(SharedLocks::DictionaryLock(), [] {
+    if (!DicoStore::IsInitialized()) DicoStore::Initialize();
 
-  ScopedLock hold(SharedLocks::DictionaryLock());
-  if (g_loaded.load(std::memory_order_seq_cst) != 0) return;  // another thread has loaded
-  if (!DicoStore::IsInitialized()) DicoStore::Initialize();
-
-  const char* path = std::getenv("ZELDictionaryPath");
-  const char* noFallback = std::getenv("ZELDictionaryNoPathNoFallback");
-  if (noFallback != nullptr || path == nullptr) {
-    // Not loaded: the next call tries again (and says so again).
-    std::fputs("Error in reading dictionaries : ZELDictionaryPath is not defined.\n", stderr);
-    return;
-  }
-
-  // The tokeniser writes into its text, so it works on a private copy of the path.
-  char* pathCopy = strdup(path);
-  if (pathCopy == nullptr) return;  // no memory: stay unloaded, a later call may succeed
-  {
-    SeenFileSet seen;
-    Readers readers;
-    char* state = nullptr;
-    for (char* directory = ZELSysTSStrtok(pathCopy, ":", &state); directory != nullptr;
-         directory = ZELSysTSStrtok(nullptr, ":", &state)) {
-      ReadDirectoryLocked(directory, seen, readers);
+    const char* path = std::getenv("ZELDictionaryPath");
+    const char* noFallback = std::getenv("ZELDictionaryNoPathNoFallback");
+    if (noFallback != nullptr || path == nullptr) {
+      // Not loaded: the next call tries again (and says so again).
+      std::fputs("Error in reading dictionaries : ZELDictionaryPath is not defined.\n", stderr);
+      return false;
     }
-  }
-  std::free(pathCopy);
 
-  // Set only after a completed walk; a sequentially consistent read-modify-write is a full fence,
-  // so a thread that sees the flag sees everything the walk wrote.
-  g_loaded.exchange(1, std::memory_order_seq_cst);
+    // The tokeniser writes into its text, so it works on a private copy of the path.
+    char* pathCopy = strdup(path);
+    if (pathCopy == nullptr) return false;  // no memory: stay unloaded, a later call may succeed
+    {
+      SeenFileSet seen;
+      Readers readers;
+      char* state = nullptr;
+      for (char* directory = ZELSysTSStrtok(pathCopy, ":", &state); directory != nullptr;
+           directory = ZELSysTSStrtok(nullptr, ":", &state)) {
+        ReadDirectoryLocked(directory, seen, readers);
+      }
+    }
+    std::free(pathCopy);
+    return true;  // a completed walk: loaded for good
+  });
 }

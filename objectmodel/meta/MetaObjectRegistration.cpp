@@ -17,7 +17,7 @@
 namespace {
 
 // The source of generated class identifiers {n-0000-0000-0000-000000000000}; 0 at load, so the
-// first generated identifier has n = 1. Constant-initialised: usable from any static
+// first generated identifier has n = 1. Constant-initialized: usable from any static
 // initialiser.
 std::atomic<uint32_t> g_generated_class_ids{0};
 

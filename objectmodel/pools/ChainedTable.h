@@ -7,7 +7,7 @@
 // the index cannot grow for lack of memory it gives up for good and Find walks the chains
 // again: nothing is lost.
 //
-// Storage: every member is constant-initialised, so a table in static storage exists, empty,
+// Storage: every member is constant-initialized, so a table in static storage exists, empty,
 // before any static initialiser of any library runs, and no load-time initialiser resets it.
 // Nodes and the index live until the process ends.
 //

@@ -1,11 +1,11 @@
 #include "pools/GuidPool.h"
 
-#include <atomic>
 #include <cstring>
 
 #include "ZELSysTSGuid.h"
 #include "pools/ChainedTable.h"
 #include "util/LockOrder.h"
+#include "util/OnceFlag.h"
 #include "util/ScopedLock.h"
 #include "util/ThreadAnnotations.h"
 
@@ -17,18 +17,15 @@ using PooledGuid = _GUID;
 
 // The pool: chains in order of first interning, guarded by the GUID pool's lock (innermost).
 ChainedTable<PooledGuid, GuidPool::kBuckets> g_pool GUARDED_BY(SharedLocks::GuidPoolLock());
-// Set once, behind a full fence, after the chains are cleared; read first without the lock.
-std::atomic<uint8_t> g_initialized{0};
+OnceFlag g_initialized;
 std::atomic<void* (*)(size_t)> g_allocate{&std::malloc};
 
 }  // namespace
 
 void GuidPool::Initialize() {
-  ScopedLock guard(SharedLocks::GuidPoolLock());
-  if (g_initialized.load(std::memory_order_relaxed) != 0) return;
-  g_pool.Clear();
-  // A sequentially consistent read-modify-write: a full fence after the chains are cleared.
-  g_initialized.exchange(1, std::memory_order_seq_cst);
+  g_initialized.Run(SharedLocks::GuidPoolLock(),
+                    [&]()
+                        EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::GuidPoolLock()) { g_pool.Clear(); });
 }
 
 uint32_t GuidPool::Bucket(const _GUID* guid) {
@@ -41,7 +38,7 @@ uint32_t GuidPool::Bucket(const _GUID* guid) {
 
 const _GUID* GuidPool::Intern(const _GUID* guid) {
   if (guid == nullptr) return nullptr;
-  if (g_initialized.load(std::memory_order_seq_cst) == 0) Initialize();
+  if (!g_initialized.Done()) Initialize();
 
   const int bucket = static_cast<int>(Bucket(guid));
   const uint64_t hash = HashOfBytes(guid, 16, nullptr, 0);

@@ -10,7 +10,7 @@
 // walks the chains again: nothing is lost.
 //
 // Thread safety: none of its own; the lock of the table that owns it guards it. It is
-// constant-initialised, so it can sit in static storage and be used during any library's static
+// constant-initialized, so it can sit in static storage and be used during any library's static
 // initialisation; its memory lives until the process ends.
 #pragma once
 

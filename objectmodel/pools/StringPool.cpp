@@ -7,6 +7,7 @@
 
 #include "pools/HashIndex.h"
 #include "util/LockOrder.h"
+#include "util/OnceFlag.h"
 #include "util/ScopedLock.h"
 #include "util/ThreadAnnotations.h"
 
@@ -36,7 +37,7 @@ struct ChainMirror {
 };
 
 // Process-wide state in static storage. Every member has an initialiser, so the whole state is
-// constant-initialised: it exists, empty, before any static initialiser of any library runs, and
+// constant-initialized: it exists, empty, before any static initialiser of any library runs, and
 // no load-time initialiser resets it.
 struct StringPoolState {
   StringNode* heads[StringPool::kBuckets] = {};
@@ -49,8 +50,7 @@ struct StringPoolState {
 };
 
 StringPoolState g_pool GUARDED_BY(SharedLocks::StringPoolLock());
-// Set once, behind a full fence, after the chains are cleared; read first without the lock.
-std::atomic<bool> g_initialized{false};
+OnceFlag g_initialized;
 std::atomic<void* (*)(size_t)> g_allocate{&std::malloc};
 
 void* Allocate(size_t size) {
@@ -91,11 +91,10 @@ void MirrorInsertLocked(ChainMirror& mirror, int32_t pos, StringNode* node)
 }  // namespace
 
 void StringPool::Initialize() {
-  ScopedLock guard(SharedLocks::StringPoolLock());
-  if (g_initialized.load(std::memory_order_relaxed)) return;
-  for (StringNode*& head : g_pool.heads) head = nullptr;
-  // A sequentially consistent read-modify-write: a full fence after the heads are cleared.
-  g_initialized.exchange(true, std::memory_order_seq_cst);
+  g_initialized.Run(SharedLocks::StringPoolLock(),
+                    [&]() EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::StringPoolLock()) {
+                      for (StringNode*& head : g_pool.heads) head = nullptr;
+                    });
 }
 
 uint32_t StringPool::Bucket(const char* text, int32_t* length) {
@@ -110,7 +109,7 @@ uint32_t StringPool::Bucket(const char* text, int32_t* length) {
 
 const char* StringPool::Intern(const char* text) {
   if (text == nullptr) return nullptr;
-  if (!g_initialized.load(std::memory_order_seq_cst)) Initialize();
+  if (!g_initialized.Done()) Initialize();
 
   int32_t n = 0;
   const uint32_t bucket = Bucket(text, &n);

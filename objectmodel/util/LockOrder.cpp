@@ -4,31 +4,35 @@
 
 #include "util/NoDestructor.h"
 
+namespace {
+
+enum class TableLock { kClsidTable, kGuidPool, kIidTable, kStringPool, kDictionary };
+
+// The lock of one table, built at its first use and never destroyed.
+template <TableLock kTable>
+ZELSmartMutex& BuiltAtFirstUse() {
+  static NoDestructor<ZELSmartMutex> lock(0);
+  return *lock;
+}
+
+}  // namespace
+
 namespace SharedLocks {
 
 ZELSmartMutex& ClsidTableLock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
+  return BuiltAtFirstUse<TableLock::kClsidTable>();
 }
-
 ZELSmartMutex& GuidPoolLock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
+  return BuiltAtFirstUse<TableLock::kGuidPool>();
 }
-
 ZELSmartMutex& IidTableLock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
+  return BuiltAtFirstUse<TableLock::kIidTable>();
 }
-
 ZELSmartMutex& StringPoolLock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
+  return BuiltAtFirstUse<TableLock::kStringPool>();
 }
-
 ZELSmartMutex& DictionaryLock() {
-  static NoDestructor<ZELSmartMutex> lock(0);
-  return *lock;
+  return BuiltAtFirstUse<TableLock::kDictionary>();
 }
 
 }  // namespace SharedLocks

@@ -25,19 +25,22 @@ ZELSysTSMetaClassExt* ExtensionMetaOf(const ZELSysTSBaseUnknown* object) {
 
 // What AddRef and Release forward to: the object that an extension extends and the extension's
 // kind. `extended` is null for an ordinary object and for an extension that has no object yet;
-// both then count for themselves. An extension's link is set once, before the extension is handed
-// out; an ordinary object's link (its chain head) is not read, since appends change it under the
-// lock.
+// both then count for themselves. The link is read only once the object is known to be an
+// extension: an extension's link is set once, before the extension is handed out, so it is read
+// without the lock; an ordinary object's link is its chain head, which a QueryInterface appends
+// to under the lock, and is not read here at all.
 struct Forwarding {
   ZELSysTSMetaClassExt* ext;
   ZELSysTSBaseUnknown* extended;
   ZELSysTSTypeOfClass type;
 };
 
-Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object, void* link) {
+Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
   ZELSysTSMetaClassExt* ext = ExtensionMetaOf(object);
-  if (ext == nullptr || link == nullptr) return Forwarding{ext, nullptr, ZELSysTSTypeBase};
-  return Forwarding{ext, static_cast<ZELSysTSBaseUnknown*>(link), ext->GetTypeOfClass()};
+  if (ext == nullptr) return Forwarding{nullptr, nullptr, ZELSysTSTypeBase};
+  ZELSysTSBaseUnknown* extended = ZELSysTSBaseUnknownAccess::Extended(object);
+  if (extended == nullptr) return Forwarding{ext, nullptr, ZELSysTSTypeBase};
+  return Forwarding{ext, extended, ext->GetTypeOfClass()};
 }
 
 }  // namespace
@@ -138,7 +141,7 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
 }
 
 uint32_t ZELSysTSBaseUnknown::AddRef() {
-  const Forwarding to = ForwardingOf(this, link);
+  const Forwarding to = ForwardingOf(this);
   ZELSysTSBaseUnknown* extended = to.extended;
   if (extended != nullptr) {
     switch (to.type) {
@@ -164,7 +167,7 @@ uint32_t ZELSysTSBaseUnknown::AddRef() {
 }
 
 uint32_t ZELSysTSBaseUnknown::Release() {
-  const Forwarding to = ForwardingOf(this, link);
+  const Forwarding to = ForwardingOf(this);
   ZELSysTSBaseUnknown* extended = to.extended;
   if (extended != nullptr) {
     switch (to.type) {

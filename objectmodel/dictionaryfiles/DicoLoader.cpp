@@ -12,6 +12,7 @@
 
 #include <dirent.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,32 +53,42 @@ struct Readers {
 
 // Reads the dictionary files of one directory, in alphasort order, skipping names already seen
 // in this walk. A directory that cannot be scanned or holds no dictionary file is passed over
-// in silence. Caller holds the dictionary lock.
-void ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& readers) {
+// in silence. False when memory ran out on the way (a file or the directory may then have been
+// passed over, or a name not marked seen): the walk is not complete. Caller holds the dictionary
+// lock.
+bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& readers) {
   struct dirent** list = nullptr;
+  errno = 0;
   const int n = scandir(directory, &list, IsDictionaryFile, alphasort);
   if (n <= 0) {
+    const bool outOfMemory = n < 0 && errno == ENOMEM;
     std::free(list);
-    return;
+    return !outOfMemory;
   }
+  bool complete = true;
   const size_t directoryLength = std::strlen(directory);
   for (int i = 0; i < n; ++i) {
     const char* name = list[i]->d_name;
-    if (seen.TestAndAdd(name) == 0) {
-      const size_t nameLength = std::strlen(name);
-      char* fullPath = static_cast<char*>(std::malloc(directoryLength + 1 + nameLength + 1));
-      if (fullPath != nullptr) {
+    // The path first: a file that cannot be read for lack of memory is not marked seen, so it
+    // does not hide a file of the same name in a later directory either.
+    const size_t nameLength = std::strlen(name);
+    char* fullPath = static_cast<char*>(std::malloc(directoryLength + 1 + nameLength + 1));
+    if (fullPath == nullptr) {
+      complete = false;
+    } else {
+      if (seen.TestAndAdd(name) == 0) {
         std::memcpy(fullPath, directory, directoryLength);
         fullPath[directoryLength] = '/';
         std::memcpy(fullPath + directoryLength + 1, name, nameLength + 1);
         // One file's failure never stops the walk: the result is not looked at.
         ReadDictionaryFile(fullPath, readers.ForKind(DictionaryFileKind(fullPath)));
-        std::free(fullPath);
       }
+      std::free(fullPath);
     }
     std::free(list[i]);
   }
   std::free(list);
+  return complete;
 }
 
 }  // namespace
@@ -101,16 +112,20 @@ void DicoLoader::Load() {
     // The tokeniser writes into its text, so it works on a private copy of the path.
     char* pathCopy = strdup(path);
     if (pathCopy == nullptr) return false;  // no memory: stay unloaded, a later call may succeed
+    bool complete = true;
     {
       SeenFileSet seen;
       Readers readers;
       char* state = nullptr;
       for (char* directory = ZELSysTSStrtok(pathCopy, ":", &state); directory != nullptr;
            directory = ZELSysTSStrtok(nullptr, ":", &state)) {
-        ReadDirectoryLocked(directory, seen, readers);
+        complete = ReadDirectoryLocked(directory, seen, readers) && complete;
       }
+      complete = complete && !seen.OutOfMemory();
     }
     std::free(pathCopy);
-    return true;  // a completed walk: loaded for good
+    // A walk that lost something for lack of memory is not a load: the next request walks again
+    // (a line read twice gives the record it gave the first time).
+    return complete;
   });
 }

@@ -19,7 +19,9 @@ int PointerBucket(const char* pooled) {
 
 }  // namespace
 
-SeenFileSet::SeenFileSet() : buckets_(static_cast<Node**>(std::calloc(kBuckets, sizeof(Node*)))) {}
+SeenFileSet::SeenFileSet()
+    : buckets_(static_cast<Node**>(std::calloc(kBuckets, sizeof(Node*)))),
+      out_of_memory_(buckets_ == nullptr) {}
 
 SeenFileSet::~SeenFileSet() {
   if (buckets_ == nullptr) return;
@@ -36,13 +38,19 @@ SeenFileSet::~SeenFileSet() {
 
 int SeenFileSet::TestAndAdd(const char* name) {
   const char* pooled = StringPool::Intern(name);
-  if (pooled == nullptr || buckets_ == nullptr) return 0;
+  if (pooled == nullptr || buckets_ == nullptr) {
+    out_of_memory_ = true;
+    return 0;
+  }
   Node** head = &buckets_[PointerBucket(pooled)];
   for (const Node* node = *head; node != nullptr; node = node->next) {
     if (node->name == pooled) return 1;
   }
   Node* node = static_cast<Node*>(std::malloc(sizeof(Node)));
-  if (node == nullptr) return 0;
+  if (node == nullptr) {
+    out_of_memory_ = true;
+    return 0;
+  }
   node->name = pooled;
   node->next = *head;
   *head = node;

@@ -15,10 +15,13 @@ class SeenFileSet {
   SeenFileSet& operator=(const SeenFileSet&) = delete;
 
   // 1 when name is in the set already; otherwise adds it and returns 0. A name that cannot be
-  // interned is treated as not seen (0) and not added.
+  // added for lack of memory is treated as not seen (0), and OutOfMemory() turns true.
   int TestAndAdd(const char* name);
+  // True once memory ran out in this set: a name may then be missing from it.
+  bool OutOfMemory() const { return out_of_memory_; }
 
  private:
   struct Node;
   Node** buckets_;
+  bool out_of_memory_;
 };

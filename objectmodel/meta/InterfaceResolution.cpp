@@ -55,6 +55,10 @@ char* ComposeCreatorName(const char* interfacePart, const char* classPart) {
 }  // namespace
 
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& iid) {
+  // The meta class identifier names no interface: the record under (class identifier,
+  // CLSID_ZELSysTSMetaClass) holds the class's meta object, which must never be taken for a
+  // creation function, whatever the dictionary files add to that record.
+  if (iid == CLSID_ZELSysTSMetaClass) return nullptr;
   DicoLoader::Load();
 
   // An answer recorded by identifiers ends the search: a record with a library is a creation

@@ -1,5 +1,4 @@
-// The shared tables used from a static initialiser, as another library's initialisation may: what
-// was put in them then is still there afterwards, since no load-time initialiser resets a table.
+// What a static initialiser (as in another library) put in the shared tables is still there later.
 #include <gtest/gtest.h>
 
 #include "dictionary/ClsidTable.h"

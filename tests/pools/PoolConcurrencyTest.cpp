@@ -15,19 +15,18 @@ TEST(PoolConcurrencyTest, ThreadsInterningTheSameContentGetOnePointerForIt) {
     texts.push_back("Class" + std::to_string(i));
     guids.push_back({i * 2654435761u, static_cast<uint16_t>(i), 7, {1, 2, 3}});
   }
-  std::vector<const char*> pooledTexts(kThreads * kValues);  // [thread * kValues + value]
-  std::vector<const _GUID*> pooledGuids(kThreads * kValues);
+  std::vector<std::pair<const char*, const _GUID*>> pooled(kThreads *
+                                                           kValues);  // [t * kValues + i]
   zeltest::RunTogether(kThreads, [&](int t) {
     for (int i = 0; i < kValues; ++i) {
-      pooledTexts[t * kValues + i] = StringPool::Intern(texts[i].c_str());
-      pooledGuids[t * kValues + i] = GuidPool::Intern(&guids[i]);
+      pooled[t * kValues + i] = {StringPool::Intern(texts[i].c_str()), GuidPool::Intern(&guids[i])};
     }
   });
   for (int k = 0; k < kThreads * kValues; ++k) {
     const int i = k % kValues;  // thread 0 got the same value at i
-    ASSERT_STREQ(pooledTexts[k], texts[i].c_str());
-    ASSERT_TRUE(pooledGuids[k] != nullptr && *pooledGuids[k] == guids[i]) << i;
-    ASSERT_TRUE(pooledTexts[k] == pooledTexts[i] && pooledGuids[k] == pooledGuids[i]) << i;
+    ASSERT_STREQ(pooled[k].first, texts[i].c_str());
+    ASSERT_TRUE(pooled[k].second != nullptr && *pooled[k].second == guids[i]) << i;
+    ASSERT_EQ(pooled[k], pooled[i]) << "two copies of value " << i;
   }
 }
 

@@ -42,9 +42,7 @@ TEST(PoolTest, EqualContentGivesOnePointerAndNullGivesNull) {
 }
 
 int g_granted = 0;  // how many more allocations Countdown grants
-void* Countdown(size_t size) {
-  return g_granted-- > 0 ? std::malloc(size) : nullptr;
-}
+const auto Countdown = [](size_t size) { return g_granted-- > 0 ? std::malloc(size) : nullptr; };
 
 TEST(PoolTest, AFailedAllocationStoresNothingAndALaterCallSucceeds) {
   const auto known = InternTwice("Known", kGuid);
@@ -54,10 +52,10 @@ TEST(PoolTest, AFailedAllocationStoresNothingAndALaterCallSucceeds) {
     const std::string text(StringPool::kChunkBytes - 1, static_cast<char>('a' + granted));
     const _GUID guid = Guid(2 + granted);
     g_granted = granted;
-    StringPool::SetAllocatorForTesting(&Countdown);
+    StringPool::SetAllocatorForTesting(Countdown);
     EXPECT_EQ(StringPool::Intern(text.c_str()), nullptr) << granted;
     g_granted = granted;
-    GuidPool::SetAllocatorForTesting(&Countdown);
+    GuidPool::SetAllocatorForTesting(Countdown);
     EXPECT_EQ(GuidPool::Intern(&guid), nullptr) << granted;
     EXPECT_EQ(std::make_pair(StringPool::Intern("Known"), GuidPool::Intern(&kGuid)), known)
         << "finding needs no memory";

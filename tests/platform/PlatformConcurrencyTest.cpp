@@ -1,65 +1,38 @@
-// The platform layer between threads: a recursively held mutex excludes other threads until the
-// last unlock, and racing first loads of a library share one handle and one initialisation.
+// libZELSysTS between threads: mutual exclusion, and racing first loads of one library.
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <thread>
-#include <vector>
+#include <future>
 
-#include "LibraryManagerCounter.h"
-#include "ZELSysTSMutex.h"
-#include "ZELThrLibraryManager.h"
+#include "TestSupport.h"
+#include "ZELSysTS.h"
 
 namespace {
 
-TEST(ZELSmartMutexConcurrencyTest, AnotherThreadWaitsUntilTheLastUnlock) {
+using Manager = ZELThrLibraryManager;
+
+TEST(ZELSmartMutexConcurrencyTest, TheHolderRelocksAndOthersWaitUntilTheLastUnlock) {
   ZELSmartMutex mutex(0);
+  pthread_mutex_t* handle = mutex.Handle();
+  const auto takeAndGiveBack = [handle] {
+    return pthread_mutex_trylock(handle) == 0 && pthread_mutex_unlock(handle) == 0;
+  };
+  const auto freeForOthers = [&] { return std::async(std::launch::async, takeAndGiveBack).get(); };
   ASSERT_EQ(mutex.LockF(), 0);
-  ASSERT_EQ(mutex.LockF(), 0);
+  ASSERT_EQ(mutex.LockF(), 0) << "the holder could not lock again";
   ASSERT_EQ(mutex.UnlockF(), 0);
-  std::atomic<bool> acquired{false};
-  std::thread waiter([&] {
-    mutex.LockF();
-    acquired.store(true);
-    mutex.UnlockF();
-  });
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(acquired.load()) << "another thread got a mutex that is still held once";
-  EXPECT_EQ(mutex.UnlockF(), 0);
-  waiter.join();
-  EXPECT_TRUE(acquired.load());
+  EXPECT_FALSE(freeForOthers()) << "one unlock released a mutex locked twice";
+  ASSERT_EQ(mutex.UnlockF(), 0);
+  EXPECT_TRUE(freeForOthers());
 }
 
-TEST(ZELThrLibraryManagerConcurrencyTest, ConcurrentFirstLoadsInitialiseOnce) {
-  constexpr int kThreads = 8;
-  const char* spellings[] = {"ZELPlatformProbe", "libZELPlatformProbe", "libZELPlatformProbe.so"};
-  void* handles[kThreads] = {};
-  void* functions[kThreads] = {};
-  std::atomic<bool> go{false};
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      while (!go.load()) std::this_thread::yield();
-      const char* name = spellings[t % 3];
-      if (t % 2 == 0) handles[t] = ZELThrLibraryManager::LoadLibrary(name);
-      functions[t] =
-          ZELThrLibraryManager::GetFunctionAddress(name, "ZELPlatformProbeInitialisations");
-      if (t % 2 != 0) handles[t] = ZELThrLibraryManager::LoadLibrary(name);
-    });
-  }
-  go.store(true);
-  for (auto& thread : threads) thread.join();
-
-  ASSERT_NE(handles[0], nullptr);
-  ASSERT_NE(functions[0], nullptr);
-  for (int t = 1; t < kThreads; ++t) {
-    EXPECT_EQ(handles[t], handles[0]) << "thread " << t;
-    EXPECT_EQ(functions[t], functions[0]) << "thread " << t;
-  }
-  EXPECT_EQ(reinterpret_cast<int (*)()>(functions[0])(), 1);
-  EXPECT_EQ(zeltest::LibraryLoads(), static_cast<unsigned long>(kThreads));
-  EXPECT_EQ(zeltest::FunctionLookups(), static_cast<unsigned long>(kThreads));
+TEST(ZELThrLibraryManagerConcurrencyTest, RacingFirstLoadsShareOneHandleAndOneInitialisation) {
+  const char* names[] = {"ZELPlatformProbe", "libZELPlatformProbe", "libZELPlatformProbe.so"};
+  void* handles[6] = {};
+  zeltest::RunTogether(6, [&](int t) { handles[t] = Manager::LoadLibrary(names[t % 3]); });
+  for (void* handle : handles) EXPECT_EQ(handle, handles[0]);
+  void* count = Manager::GetFunctionAddress(names[0], "ZELPlatformProbeInitialisations");
+  ASSERT_NE(count, nullptr);
+  EXPECT_EQ(reinterpret_cast<int (*)()>(count)(), 1);
 }
 
 }  // namespace

@@ -22,8 +22,8 @@ const _GUID kCls = {0x11111111, 0x2222, 0x3333, {0x44, 0x55, 0x66, 0x77, 0x88, 0
 // Byte 0 set to 2, byte 1 set to 1: (kCls, kItf1) and (kCls, kItf2) share a GUID chain.
 const _GUID kItf1 = {0x02, 0, 0, {}}, kItf2 = {0x0100, 0, 0, {}};
 
-// Slot arrays of the indexes (1024 bytes or more) only while g_large_ok, the rest while
-// g_small_left.
+// Index slot arrays (1024 bytes or more) are granted while g_large_ok; records and nodes while
+// g_small_left > 0.
 bool g_large_ok = true;
 int g_small_left = INT_MAX;
 void* Allocate(size_t size) {
@@ -166,7 +166,7 @@ TEST_P(DicoStoreTest, AnInsertWithoutMemoryChangesNothing) {
   EXPECT_EQ(rec, DicoStore::FindByGuids(&kCls, &kItf1));
 }
 
-// Byte 1 set to 2, byte 2 set to 1, bytes 0 and 1 set to 1 and 2: one IID chain for the three.
+// Bytes weighted by position from 0 sum to 2 in all three: one IID chain.
 const _GUID kA = {0x0200, 0, 0, {}}, kB = {0x010000, 0, 0, {}}, kC = {0x0201, 0, 0, {}};
 
 TEST(IidTable, OneNamePerIidAndOneIidPerNameTheFirstKept) {

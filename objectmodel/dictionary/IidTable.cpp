@@ -30,6 +30,7 @@ using IidChains = ChainedTable<const IidEntry, IidTable::kBuckets>;
 IidChains g_by_iid;
 IidChains g_by_name;
 OnceFlag g_initialized;
+void* (*g_allocate)(size_t) = &std::malloc;
 
 bool IsInitialized() {
   return g_initialized.Done();
@@ -92,7 +93,7 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
 
   const char* pooledName = StringPool::Intern(name);
   const _GUID* pooledIid = GuidPool::Intern(&iid);
-  auto* entry = static_cast<IidEntry*>(std::malloc(sizeof(IidEntry)));
+  auto* entry = static_cast<IidEntry*>(g_allocate(sizeof(IidEntry)));
   IidChains::Node* iidNode = g_by_iid.NewNode();
   IidChains::Node* nameNode = g_by_name.NewNode();
   if (pooledName == nullptr || pooledIid == nullptr || entry == nullptr || iidNode == nullptr ||
@@ -108,6 +109,12 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
   g_by_iid.Append(IdentifierBucket(iid), HashOfIid(iid), entry, iidNode);
   g_by_name.Append(InterfaceNameBucket(name), HashOfName(name), entry, nameNode);
   return 1;
+}
+
+void IidTable::SetAllocatorForTesting(void* (*allocate)(size_t)) {
+  g_allocate = allocate != nullptr ? allocate : &std::malloc;
+  g_by_iid.SetAllocator(allocate);
+  g_by_name.SetAllocator(allocate);
 }
 
 const char* IidTable::FindName(const _GUID& iid) {

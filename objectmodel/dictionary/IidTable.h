@@ -10,6 +10,8 @@
 // guards only the one-time initialisation.
 #pragma once
 
+#include <cstddef>
+
 #include "ZELSysTSTypes.h"
 
 // Sum of i * (signed) byte[i] over the 16 bytes in memory order, low 10 bits.
@@ -35,4 +37,8 @@ class IidTable {
   static const _GUID* FindIid(const char* name);
   // Clears both tables once, under SharedLocks::IidTableLock().
   static void Initialize();
+
+  // Test seam: the allocation function for entries, nodes and indexes (malloc by default);
+  // null restores it. Called before any insert.
+  static void SetAllocatorForTesting(void* (*allocate)(size_t));
 };

@@ -35,6 +35,7 @@ class DicoStoreTest : public ::testing::TestWithParam<bool> {
   void SetUp() override {
     g_large_ok = GetParam();
     DicoStore::SetAllocatorForTesting(&Allocate);
+    IidTable::SetAllocatorForTesting(&Allocate);
   }
 };
 INSTANTIATE_TEST_SUITE_P(DicoStore, DicoStoreTest, ::testing::Values(true, false),
@@ -169,7 +170,7 @@ TEST_P(DicoStoreTest, AnInsertWithoutMemoryChangesNothing) {
 // Bytes weighted by position from 0 sum to 2 in all three: one IID chain.
 const _GUID kA = {0x0200, 0, 0, {}}, kB = {0x010000, 0, 0, {}}, kC = {0x0201, 0, 0, {}};
 
-TEST(IidTable, OneNamePerIidAndOneIidPerNameTheFirstKept) {
+TEST_P(DicoStoreTest, IidTableKeepsOneNamePerIidAndOneIidPerNameTheFirstKept) {
   const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";  // one name chain
   EXPECT_EQ(1, IidTable::Insert(kA, seat));
   EXPECT_EQ(1, IidTable::Insert(kA, seat));      // the same pair again

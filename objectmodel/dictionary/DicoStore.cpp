@@ -334,28 +334,3 @@ void DicoStore::SetAllocatorForTesting(void* (*allocate)(size_t)) {
   g_names.SetAllocator(allocate);
   g_guids.SetAllocator(allocate);
 }
-
-namespace {
-
-int ChainLocked(const DicoTable& table, int bucket, DicoEntry** entries, int max) {
-  int count = 0;
-  table.ForEachInChain(bucket, [&](DicoEntry* entry) {
-    if (entries != nullptr && count < max) entries[count] = entry;
-    ++count;
-  });
-  return count;
-}
-
-}  // namespace
-
-int DicoStore::NameChainForTesting(int bucket, DicoEntry** entries, int max) {
-  if (bucket < 0 || bucket >= kBuckets) return 0;
-  ScopedLock lock(SharedLocks::DictionaryLock());
-  return ChainLocked(g_names, bucket, entries, max);
-}
-
-int DicoStore::GuidChainForTesting(int bucket, DicoEntry** entries, int max) {
-  if (bucket < 0 || bucket >= kBuckets) return 0;
-  ScopedLock lock(SharedLocks::DictionaryLock());
-  return ChainLocked(g_guids, bucket, entries, max);
-}

@@ -89,9 +89,4 @@ class DicoStore {
   // the given size that free() releases, or null; malloc+memset by default); null restores the
   // default. A null answer makes the insert that asked fail cleanly.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
-
-  // Introspection for tests, under the dictionary lock: the records of one chain of the name
-  // table / the GUID table in chain order (up to max of them); the chain's length is returned.
-  static int NameChainForTesting(int bucket, DicoEntry** entries, int max);
-  static int GuidChainForTesting(int bucket, DicoEntry** entries, int max);
 };

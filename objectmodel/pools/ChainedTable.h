@@ -69,12 +69,6 @@ class ChainedTable {
     return true;
   }
 
-  // Calls visit(item) for each item of bucket's chain, in chain order.
-  template <typename Visit>
-  void ForEachInChain(int bucket, Visit visit) const {
-    for (const Node* node = heads_[bucket]; node != nullptr; node = node->next) visit(node->item);
-  }
-
   // The allocation function for nodes and the index (std::malloc unless a test replaces it).
   void SetAllocator(void* (*allocate)(size_t)) {
     allocate_ = allocate != nullptr ? allocate : &std::malloc;

@@ -61,13 +61,3 @@ void GuidPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
   ScopedLock guard(SharedLocks::GuidPoolLock());
   g_pool.SetAllocator(allocate);
 }
-
-int GuidPool::ChainForTesting(uint32_t bucket, const _GUID** guids, int max) {
-  if (bucket >= static_cast<uint32_t>(kBuckets)) return 0;
-  ScopedLock guard(SharedLocks::GuidPoolLock());
-  int count = 0;
-  g_pool.ForEachInChain(static_cast<int>(bucket), [&](const PooledGuid* pooled) {
-    if (count < max) guids[count++] = pooled;
-  });
-  return count;
-}

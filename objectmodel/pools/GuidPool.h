@@ -29,7 +29,4 @@ class GuidPool {
   // Test seam: the allocation function used for GUIDs, nodes and the index (malloc by default);
   // null restores it.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
-
-  // Introspection for tests: the GUIDs of one chain in chain order (up to max), count returned.
-  static int ChainForTesting(uint32_t bucket, const _GUID** guids, int max);
 };

@@ -191,18 +191,3 @@ void StringPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
   ScopedLock guard(SharedLocks::StringPoolLock());
   g_pool.index.SetAllocator(allocate);
 }
-
-int StringPool::ChainForTesting(uint32_t bucket, const char** texts, int max) {
-  if (bucket >= static_cast<uint32_t>(kBuckets)) return 0;
-  ScopedLock guard(SharedLocks::StringPoolLock());
-  int count = 0;
-  for (StringNode* node = g_pool.heads[bucket]; node != nullptr && count < max; node = node->next) {
-    texts[count++] = node->text;
-  }
-  return count;
-}
-
-int32_t StringPool::BytesLeftForTesting() {
-  ScopedLock guard(SharedLocks::StringPoolLock());
-  return g_pool.bytes_left;
-}

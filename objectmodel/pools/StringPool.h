@@ -33,9 +33,4 @@ class StringPool {
   // Test seam: the allocation function used for chunks, nodes, the chains' sorted mirrors and the
   // index (malloc by default). Passing null restores malloc.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
-
-  // Introspection for tests, taken under the lock: the texts of one chain in chain order (up to
-  // max of them, count returned), and the bytes left in the newest chunk.
-  static int ChainForTesting(uint32_t bucket, const char** texts, int max);
-  static int32_t BytesLeftForTesting();
 };

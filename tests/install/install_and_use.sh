@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the build tree into a fresh prefix, then builds and runs a client against the
 # installed files three times: with pkg-config, with pkg-config and only a run path (no
-# LD_LIBRARY_PATH), and with find_package.
+# LD_LIBRARY_PATH), and with find_package. Each run must print exactly "client: ok".
 #
 #   install_and_use.sh <build dir> <work dir> <client source dir> [extra compiler flags]
 #
@@ -57,6 +57,7 @@ run_client() {
     exit 1
   fi
   cat "$out"
+  [[ "$(cat "$out")" == "client: ok" ]] || { echo "client $binary did not say ok"; exit 1; }
 }
 
 step "pkg-config client"

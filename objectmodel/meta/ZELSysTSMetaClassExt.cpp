@@ -75,22 +75,6 @@ void ZELSysTSMetaClassExt::AddExtendedClass(const char* className) {
   ++extended_count;
 }
 
-int32_t ZELSysTSMetaClassExt::ExtendedCountForTesting() {
-  ScopedLock lock(ext_mutex);
-  return extended_count;
-}
-
-int32_t ZELSysTSMetaClassExt::ExtendedCapacityForTesting() {
-  ScopedLock lock(ext_mutex);
-  return extended_capacity;
-}
-
-const char* ZELSysTSMetaClassExt::ExtendedClassForTesting(int32_t index) {
-  ScopedLock lock(ext_mutex);
-  if (index < 0 || index >= extended_count) return nullptr;
-  return extended_classes[index];
-}
-
 void AddExtendedClassTo(ZELSysTSMetaClass* meta, const char* className) {
   if (meta == nullptr || className == nullptr) return;
   ZELSysTSMetaClassBase* effective = EffectiveMetaOf(meta);

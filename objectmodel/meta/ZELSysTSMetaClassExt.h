@@ -31,11 +31,6 @@ class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
   // memory runs out (the list stays consistent).
   void AddExtendedClass(const char* className);
 
-  // Introspection for tests, under ext_mutex.
-  int32_t ExtendedCountForTesting();
-  int32_t ExtendedCapacityForTesting();
-  const char* ExtendedClassForTesting(int32_t index);
-
  private:
   // 1 when pooledName is in the list.
   int IsExtendingLocked(const char* pooledName) const EXCLUSIVE_LOCKS_REQUIRED(ext_mutex);

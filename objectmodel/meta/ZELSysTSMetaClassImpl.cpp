@@ -125,19 +125,3 @@ void ZELSysTSMetaClassImpl::RecordInterface(const _GUID& iid, ZELSysTSInterfaceC
   ++itf_count;
   if (itf_count > 1) std::qsort(itf_table, itf_count, sizeof(ItfTableEntry), &CompareEntries);
 }
-
-uint16_t ZELSysTSMetaClassImpl::ItfCountForTesting() {
-  ScopedLock lock(mutex);
-  return itf_count;
-}
-
-uint16_t ZELSysTSMetaClassImpl::ItfCapacityForTesting() {
-  ScopedLock lock(mutex);
-  return itf_capacity;
-}
-
-ItfTableEntry ZELSysTSMetaClassImpl::ItfEntryForTesting(uint16_t index) {
-  ScopedLock lock(mutex);
-  if (index >= itf_count) return ItfTableEntry{nullptr, nullptr};
-  return itf_table[index];
-}

@@ -38,11 +38,6 @@ class ZELSysTSMetaClassImpl : public ZELSysTSMetaClassBase {
   // The private marker recorded for "searched before, not found"; never handed to callers.
   static ZELSysTSInterfaceCreator AbsentMarker();
 
-  // Introspection for tests, under the mutex.
-  uint16_t ItfCountForTesting();
-  uint16_t ItfCapacityForTesting();
-  ItfTableEntry ItfEntryForTesting(uint16_t index);
-
  protected:
   // Guards the interface table; never held with the dictionary lock or across a library call.
   ZELSmartMutex mutex;

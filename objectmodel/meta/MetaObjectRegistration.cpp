@@ -29,8 +29,8 @@ _GUID NextGeneratedClassId() {
 
 // Builds the meta class that the kind calls for; unknown kinds get a plain meta object.
 // Throws std::bad_alloc when memory runs out (nothing is left allocated then).
-ZELSysTSMetaClass* NewMetaObject(ZELSysTSTypeOfClass type, const _GUID* classId,
-                                 const char* className, ZELSysTSMetaClass* baseMeta) {
+ZELSysTSMetaClassBase* NewMetaObject(ZELSysTSTypeOfClass type, const _GUID* classId,
+                                     const char* className, ZELSysTSMetaClass* baseMeta) {
   switch (type) {
     case ZELSysTSTypeImplementation:
       return new ZELSysTSMetaClassImpl(classId, className, baseMeta);
@@ -61,7 +61,8 @@ ZELSysTSMetaClass* ZELSysTSFindOrCreateMetaObject(const char* className, ZELSysT
     generated = NextGeneratedClassId();
     classId = &generated;
   }
-  ZELSysTSMetaClass* meta = NewMetaObject(type, classId, className, baseMeta);
+  ZELSysTSMetaClassBase* meta = NewMetaObject(type, classId, className, baseMeta);
+  RememberLibraryMetaClass(meta);
   // A refusal by the store is not reported: the meta object works, it is only not found by
   // later lookups (the store writes its own line).
   DicoStore::Register(classId, &CLSID_ZELSysTSMetaClass, className, "MetaObject", nullptr,

@@ -2,6 +2,8 @@
 // under which every class's meta object is recorded in the dictionary.
 #include "ZELSysTSMetaClass.h"
 
+#include "meta/ZELSysTSMetaClassBase.h"
+
 // {dc9a2804-3801-43de-ad64-971fae3c7f4a}
 const _GUID CLSID_ZELSysTSMetaClass = {
     0xdc9a2804, 0x3801, 0x43de, {0xad, 0x64, 0x97, 0x1f, 0xae, 0x3c, 0x7f, 0x4a}};
@@ -11,14 +13,10 @@ ZELSysTSMetaClass::ZELSysTSMetaClass() = default;
 ZELSysTSMetaClass::~ZELSysTSMetaClass() = default;
 
 // Follows GetBaseMetaObject() (the virtual operation, so that a meta class written elsewhere
-// can present its own chain), comparing by address.
+// can present its own chain), comparing by address; a chain that loops back ends the walk.
 int ZELSysTSMetaClass::IsAKindOf(const ZELSysTSMetaClass* meta) const {
-  if (meta == this) return 1;
+  if (meta == nullptr) return 0;
   // The walk reads through GetBaseMetaObject(), which is not const; it changes nothing.
-  ZELSysTSMetaClass* current = const_cast<ZELSysTSMetaClass*>(this);
-  for (;;) {
-    current = current->GetBaseMetaObject();
-    if (current == nullptr) return 0;
-    if (current == meta) return 1;
-  }
+  auto* self = const_cast<ZELSysTSMetaClass*>(this);
+  return AnyInBaseChain(self, [meta](const ZELSysTSMetaClass* m) { return m == meta; }) ? 1 : 0;
 }

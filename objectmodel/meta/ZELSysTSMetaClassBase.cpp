@@ -2,6 +2,7 @@
 // chain through the base_meta field.
 #include "meta/ZELSysTSMetaClassBase.h"
 
+#include <atomic>
 #include <cstring>
 
 #include "ZELSysTSGuid.h"
@@ -10,12 +11,39 @@
 
 namespace {
 
-// Every base_meta is an effective meta object, hence a ZELSysTSMetaClassBase or derived.
-const ZELSysTSMetaClassBase* AsBase(const ZELSysTSMetaClass* meta) {
-  return static_cast<const ZELSysTSMetaClassBase*>(meta);
+// The virtual tables of the library's meta classes (at most three: plain, implementation,
+// extension), remembered as registration builds their first instances. Only ever appended.
+constexpr int kMetaClasses = 3;
+std::atomic<const void*> g_vtables[kMetaClasses] = {};
+
+// The virtual table pointer of a polymorphic object: its first word.
+const void* VtableOf(const ZELSysTSMetaClass* meta) {
+  const void* vtable;
+  std::memcpy(&vtable, static_cast<const void*>(meta), sizeof vtable);
+  return vtable;
 }
 
 }  // namespace
+
+bool IsLibraryMetaObject(const ZELSysTSMetaClass* meta) {
+  if (meta == nullptr) return false;
+  const void* vtable = VtableOf(meta);
+  for (const std::atomic<const void*>& known : g_vtables) {
+    const void* v = known.load(std::memory_order_acquire);
+    if (v == nullptr) return false;
+    if (v == vtable) return true;
+  }
+  return false;
+}
+
+void RememberLibraryMetaClass(const ZELSysTSMetaClassBase* meta) {
+  const void* vtable = VtableOf(meta);
+  for (std::atomic<const void*>& slot : g_vtables) {
+    const void* expected = nullptr;
+    if (slot.compare_exchange_strong(expected, vtable, std::memory_order_acq_rel)) return;
+    if (expected == vtable) return;
+  }
+}
 
 // The base is resolved to its effective meta object before anything is interned, so that the
 // stored base_meta is what serves for the base class; then the name, then the identifier.
@@ -41,10 +69,10 @@ const char* ZELSysTSMetaClassBase::GetClassName() {
 
 int ZELSysTSMetaClassBase::IsAKindOf(const char* className) {
   if (className == nullptr) return 0;
-  for (const ZELSysTSMetaClassBase* m = this; m != nullptr; m = AsBase(m->base_meta)) {
-    if (m->class_name != nullptr && std::strcmp(m->class_name, className) == 0) return 1;
-  }
-  return 0;
+  return AnyInBaseChain(this, [className](ZELSysTSMetaClass* m) {
+    const char* name = m->GetClassName();
+    return name != nullptr && std::strcmp(name, className) == 0;
+  });
 }
 
 const _GUID* ZELSysTSMetaClassBase::GetClassId() {
@@ -53,10 +81,10 @@ const _GUID* ZELSysTSMetaClassBase::GetClassId() {
 
 int ZELSysTSMetaClassBase::IsAKindOf(const _GUID* classId) {
   if (classId == nullptr) return 0;
-  for (const ZELSysTSMetaClassBase* m = this; m != nullptr; m = AsBase(m->base_meta)) {
-    if (m->class_id != nullptr && *m->class_id == *classId) return 1;
-  }
-  return 0;
+  return AnyInBaseChain(this, [classId](ZELSysTSMetaClass* m) {
+    const _GUID* id = m->GetClassId();
+    return id != nullptr && *id == *classId;
+  });
 }
 
 ZELSysTSMetaClass* ZELSysTSMetaClassBase::GetBaseMetaObject() {

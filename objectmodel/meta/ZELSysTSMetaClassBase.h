@@ -20,10 +20,11 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
 
   using ZELSysTSMetaClass::IsAKindOf;
   const char* GetClassName() override;
-  // Walks base_meta (the field), comparing names by strcmp.
+  // Walks base_meta (the field; past a meta object written elsewhere, its GetBaseMetaObject()),
+  // comparing names by strcmp. Stops on a cycle.
   int IsAKindOf(const char* className) override;
   const _GUID* GetClassId() override;
-  // Walks base_meta (the field), comparing identifiers as four 32-bit words.
+  // The same walk, comparing identifiers as four 32-bit words.
   int IsAKindOf(const _GUID* classId) override;
   ZELSysTSMetaClass* GetBaseMetaObject() override;
   // Returns this.
@@ -41,9 +42,37 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
   ZELSysTSMetaClass* base_meta;
 };
 
-// Every user of a meta object works on its effective meta object, which is always a
-// ZELSysTSMetaClassBase or derived from it. Null in, null out.
+// Whether meta is one of the library's own meta objects (a ZELSysTSMetaClassBase or derived,
+// built by registration), told by its dynamic type without a downcast: a meta class written
+// elsewhere (the abstract class is public) is never taken for one. False for null.
+bool IsLibraryMetaObject(const ZELSysTSMetaClass* meta);
+// Registration calls this for every meta object it builds, before handing it out.
+void RememberLibraryMetaClass(const ZELSysTSMetaClassBase* meta);
+
+// Whether from, or a meta object reached from it through GetBaseMetaObject(), satisfies matches.
+// Floyd's tortoise and hare: a base chain that loops back (possible only through meta objects
+// written elsewhere) ends the walk with false instead of running for ever.
+template <typename Match>
+bool AnyInBaseChain(ZELSysTSMetaClass* from, Match matches) {
+  ZELSysTSMetaClass* slow = from;
+  for (ZELSysTSMetaClass* fast = from; fast != nullptr;) {
+    if (matches(fast)) return true;
+    fast = fast->GetBaseMetaObject();
+    if (fast == nullptr) return false;
+    if (matches(fast)) return true;
+    fast = fast->GetBaseMetaObject();
+    slow = slow->GetBaseMetaObject();
+    if (fast == slow) return false;
+  }
+  return false;
+}
+
+// The library's own meta object behind meta (its effective meta object), or null: for null, and
+// when the effective meta object is not one of the library's (a meta class written elsewhere,
+// which the library then treats as a class without interfaces).
 inline ZELSysTSMetaClassBase* EffectiveMetaOf(ZELSysTSMetaClass* meta) {
   if (meta == nullptr) return nullptr;
-  return static_cast<ZELSysTSMetaClassBase*>(meta->GetEffectiveMetaObject());
+  ZELSysTSMetaClass* effective = meta->GetEffectiveMetaObject();
+  if (!IsLibraryMetaObject(effective)) return nullptr;
+  return static_cast<ZELSysTSMetaClassBase*>(effective);
 }

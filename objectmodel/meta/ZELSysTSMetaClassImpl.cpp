@@ -65,8 +65,12 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInterfaceCreator(const _GUID
   if (base_meta != nullptr) {
     // A plain base answers null and ends the walk; an implementation base runs this same search
     // and records the answer in its own table as well.
-    auto* base = static_cast<ZELSysTSMetaClassBase*>(base_meta);
-    if (const ZELSysTSInterfaceCreator inherited = base->FindInterfaceCreator(iid)) {
+    // A base meta object written elsewhere offers no interfaces. Among the library's own, base
+    // chains cannot loop (a base exists before the class that names it).
+    ZELSysTSMetaClassBase* base =
+        IsLibraryMetaObject(base_meta) ? static_cast<ZELSysTSMetaClassBase*>(base_meta) : nullptr;
+    if (const ZELSysTSInterfaceCreator inherited =
+            base != nullptr ? base->FindInterfaceCreator(iid) : nullptr) {
       if (record) RecordInterface(iid, inherited);
       return inherited;
     }

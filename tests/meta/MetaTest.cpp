@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "TestSupport.h"
+#include "ZELSysTSBaseUnknown.h"
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "dictionary/DicoStore.h"
 #include "dictionaryfiles/DicoLoader.h"
@@ -120,6 +121,44 @@ TEST(MetaObjectRegistration, ExtensionRegisteredAgainAddsTheClassItExtends) {
   EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg("ClassOne", 1)), 1);
   EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg("ClassTwo", 1)), 1);
   EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg("ClassThree", 1)), 0);
+}
+
+// A meta class written by a client: its own effective meta object, with the base it is given.
+struct ForeignMeta final : ZELSysTSMetaClass {
+  ZELSysTSMetaClass* base = nullptr;
+  const char* GetClassName() override { return "Foreign"; }
+  int IsAKindOf(const char*) override { return 0; }
+  const _GUID* GetClassId() override { return &kLeafId; }
+  int IsAKindOf(const _GUID*) override { return 0; }
+  ZELSysTSMetaClass* GetBaseMetaObject() override { return base; }
+  ZELSysTSMetaClass* GetEffectiveMetaObject() override { return this; }
+};
+struct ForeignObject final : ZELSysTSBaseUnknown {
+  ForeignObject() : ZELSysTSBaseUnknown(1) {}
+  ZELSysTSMetaClass* meta = nullptr;
+  ZELSysTSMetaClass* GetMetaObject() const override { return meta; }
+};
+
+// Never taken for one of the library's own meta objects (no downcast, no call through it as
+// one), and a base chain that loops back through it ends every walk.
+TEST(MetaClass, AMetaClassWrittenElsewhereIsNeverTakenForTheLibrarysOwn) {
+  zeltest::DictionaryPath empty;
+  ForeignMeta foreign;
+  ZELSysTSMetaClass* derived = Reg("OverForeign", 1, &kFooId, nullptr, &foreign);
+  foreign.base = derived;
+  EXPECT_EQ(EffectiveMetaOf(&foreign), nullptr);
+  EXPECT_EQ(derived->IsAKindOf("Elsewhere"), 0);
+  EXPECT_EQ(derived->IsAKindOf(&kRootId), 0);
+  EXPECT_EQ(foreign.ZELSysTSMetaClass::IsAKindOf(Reg("Unrelated", 0)), 0);
+  EXPECT_EQ(EffectiveMetaOf(derived)->FindInterfaceCreator(kRootId), nullptr);
+  ForeignObject object;
+  void* out = &object;
+  object.meta = &foreign;
+  EXPECT_EQ(object.QueryInterface(kRootId, &out), E_NOINTERFACE);
+  object.meta = derived;
+  EXPECT_EQ(object.QueryInterface(kRootId, &out), E_NOINTERFACE);
+  EXPECT_EQ(object.AddRef(), 2u);
+  EXPECT_EQ(object.Release(), 1u);
 }
 
 }  // namespace

@@ -10,8 +10,7 @@
 
 namespace {
 
-// What a library exports as "fctZELSysTSCreate<Class>", and what a "CreateInterface" record's
-// creator is called as.
+// What a library exports as "fctZELSysTSCreate<Class>".
 typedef void* (*ExternalObjectFactory)(void*);
 // What a library exports as "ZELSysTSDllGetClassObject".
 typedef HRESULT (*ClassObjectGetter)(const _GUID&, const _GUID&, void**);
@@ -26,7 +25,13 @@ void* ZELSysTSCreateExternalObject(const char* className, const char* libraryNam
   DicoEntry* record = DicoStore::LookupByNames(className, "CreateInterface", 1);
   if (record != nullptr) {
     void* creator = record->Creator();
-    if (creator != nullptr) return reinterpret_cast<ExternalObjectFactory>(creator)(argument);
+    if (creator != nullptr) {
+      // Called as the type it was recorded with (ZELSysTSFillDictionary): the caller's argument
+      // arrives as the first parameter, the thread-safe flag is 0.
+      IUnknown* created = reinterpret_cast<ZELSysTSInterfaceCreator>(creator)(
+          static_cast<ZELSysTSBaseUnknown*>(argument), 0);
+      return static_cast<void*>(created);
+    }
   }
 
   // The caller's library takes precedence over the one the dictionary records.

@@ -30,7 +30,8 @@ ZELSYSTS_EXPORT ZELSysTSMetaClass* ZELSysTSFindOrCreateMetaObject(const char* cl
 class ZELSYSTS_EXPORT ZELSysTSFillDictionary {
  public:
   // Records (className, "CreateInterface") with creator. Does nothing when an argument is null
-  // or interfaceName is not exactly "CreateInterface".
+  // or interfaceName is not exactly "CreateInterface". ZELSysTSCreateExternalObject calls the
+  // creator as creator(argument, 0): its first parameter carries the caller's argument.
   ZELSysTSFillDictionary(const char* className, const char* interfaceName,
                          ZELSysTSInterfaceCreator creator);
   // Does nothing.

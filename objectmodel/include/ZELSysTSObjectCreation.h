@@ -6,7 +6,8 @@
 #include "ZELSysTSTypes.h"
 
 // Creates an object of class className. Uses the creator recorded for (className,
-// "CreateInterface") when there is one (called with argument alone); otherwise calls the
+// "CreateInterface") when there is one, called as the ZELSysTSInterfaceCreator it was recorded
+// as: creator(argument, 0), the argument in the first parameter; otherwise calls the
 // function "fctZELSysTSCreate" + className, looked up in libraryName, or when that is null in
 // the library that the dictionary records for (className, "CreateInterface"). Returns what the
 // function returns, or null when className is null or nothing is found. Prints nothing.

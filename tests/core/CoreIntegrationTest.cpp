@@ -19,11 +19,11 @@ TEST(CoreCreation, ByNameTheRecordedCreatorComesFirstByIdentifierTheListedGetter
             "{5A1E0001-0C0E-4A11-9001-102030405060} CoreWidget zelimpl\n"
             "{5A1E0002-0C0E-4A11-9001-102030405060} CoreNoLibrary\n"
             "{5A1E0003-0C0E-4A11-9001-102030405060} CoreNoGetter ZELSysTSObjectModeler\n");
-  // Recorded with the creator type, called with one untyped argument.
-  const ZELSysTSFillDictionary record(
-      "CoreGadget", "CreateInterface",
-      reinterpret_cast<ZELSysTSInterfaceCreator>(
-          reinterpret_cast<void (*)()>(+[](void* argument) { return argument; })));
+  // Called as the type it is recorded with, the argument in its first parameter.
+  const ZELSysTSFillDictionary record("CoreGadget", "CreateInterface",
+                                      [](ZELSysTSBaseUnknown* argument, unsigned char) {
+                                        return reinterpret_cast<IUnknown*>(argument);
+                                      });
   int argument = 0;
   // Class name, library, whether the object is made, function lookups.
   const std::tuple<const char*, const char*, bool, unsigned long> cases[] = {

@@ -64,13 +64,13 @@ step "pkg-config client"
 export PKG_CONFIG_PATH="$libdir/pkgconfig"
 pkg-config --exists --print-errors ZELSysTSObjectModeler
 # shellcheck disable=SC2046,SC2086  # word splitting of the flags is intended
-c++ -std=c++17 $extra_flags "$client_dir/client.cpp" $(pkg-config --cflags --libs ZELSysTSObjectModeler) \
+"${CXX:-c++}" -std=c++17 $extra_flags "$client_dir/client.cpp" $(pkg-config --cflags --libs ZELSysTSObjectModeler) \
   -o "$work_dir/client-pkgconfig"
 run_client "$work_dir/client-pkgconfig"
 
 step "pkg-config client with a run path and no LD_LIBRARY_PATH"
 # shellcheck disable=SC2046,SC2086
-c++ -std=c++17 $extra_flags "$client_dir/client.cpp" $(pkg-config --cflags --libs ZELSysTSObjectModeler) \
+"${CXX:-c++}" -std=c++17 $extra_flags "$client_dir/client.cpp" $(pkg-config --cflags --libs ZELSysTSObjectModeler) \
   -Wl,-rpath,"$libdir" -o "$work_dir/client-rpath"
 run_client "$work_dir/client-rpath" ""
 

@@ -23,7 +23,7 @@
 
 namespace {
 
-using ClsidChains = ChainedTable<const ClsidEntry, ClsidTable::kBuckets>;
+using ClsidChains = ChainedTable<const ClsidEntry, ClsidTable::kBuckets, IndexReaders::kLockFree>;
 
 // Written only during the load of the dictionary files (serialised by the dictionary lock that
 // the loader holds) and read after it: no lock of its own.

@@ -23,7 +23,7 @@
 
 namespace {
 
-using IidChains = ChainedTable<const IidEntry, IidTable::kBuckets>;
+using IidChains = ChainedTable<const IidEntry, IidTable::kBuckets, IndexReaders::kLockFree>;
 
 // Written only during the load of the dictionary files (serialised by the dictionary lock that
 // the loader holds) and read after it: no lock of their own.

@@ -11,28 +11,36 @@
 // before any static initialiser of any library runs, and no load-time initialiser resets it.
 // Nodes and the index live until the process ends.
 //
-// Thread safety: none of its own. The owner's lock guards the chains and the index (the owner
-// says which lock where it declares the table), or the owner says why none is needed.
+// Thread safety: appends run under the owner's lock (the owner says which where it declares the
+// table). Finds run under it too, or, for a table of IndexReaders::kLockFree, without a lock and
+// concurrently with appends: chain links and index slots are published with release stores.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 
 #include "pools/HashIndex.h"
 
-template <typename Item, int kBuckets>
+template <typename Item, int kBuckets, IndexReaders kReaders = IndexReaders::kLocked>
 class ChainedTable {
  public:
   // Empties every chain (the nodes stay allocated; a table is cleared only before first use).
   void Clear() {
-    for (int i = 0; i < kBuckets; ++i) heads_[i] = tails_[i] = nullptr;
+    for (int i = 0; i < kBuckets; ++i) {
+      heads_[i].store(nullptr, std::memory_order_relaxed);
+      tails_[i] = nullptr;
+    }
   }
+
   // The first item of bucket's chain for which matches(item) holds, through the index while
   // it is complete (hash is the item's key hash), else by walking the chain.
   template <typename Match>
   Item* Find(int bucket, uint64_t hash, Match matches) const {
     if (index_.Usable()) return index_.Find(hash, matches);
-    for (const Node* node = heads_[bucket]; node != nullptr; node = node->next) {
+    for (const Node* node = heads_[bucket].load(std::memory_order_acquire); node != nullptr;
+         node = node->next.load(std::memory_order_acquire)) {
       if (matches(node->item)) return node->item;
     }
     return nullptr;
@@ -40,7 +48,7 @@ class ChainedTable {
 
   struct Node {
     Item* item;
-    Node* next;
+    std::atomic<Node*> next;  // published with release: a lock-free reader sees the item
   };
 
   // A node for a later Append, or null when memory runs out. A node that is not appended goes
@@ -50,12 +58,11 @@ class ChainedTable {
 
   // Appends item at the end of bucket's chain in node (from NewNode) and indexes it under hash.
   void Append(int bucket, uint64_t hash, Item* item, Node* node) {
-    node->item = item;
-    node->next = nullptr;
+    new (node) Node{item, {nullptr}};
     if (tails_[bucket] == nullptr) {
-      heads_[bucket] = node;
+      heads_[bucket].store(node, std::memory_order_release);
     } else {
-      tails_[bucket]->next = node;
+      tails_[bucket]->next.store(node, std::memory_order_release);
     }
     tails_[bucket] = node;
     index_.Add(hash, item);
@@ -76,8 +83,8 @@ class ChainedTable {
   }
 
  private:
-  Node* heads_[kBuckets] = {};
-  Node* tails_[kBuckets] = {};  // make an append O(1)
-  HashIndex<Item> index_;
+  std::atomic<Node*> heads_[kBuckets] = {};
+  Node* tails_[kBuckets] = {};  // make an append O(1); the appending thread's own
+  HashIndex<Item, kReaders> index_;
   void* (*allocate_)(size_t) = &std::malloc;
 };

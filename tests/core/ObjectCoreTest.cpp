@@ -189,12 +189,21 @@ TEST_F(ObjectCore, TransientExtensionIsNewEachTimeAndEachReferenceHoldsTheObject
   EXPECT_EQ(Query(&orphan, ZELSysTSIID_IUnknown), Answer(E_UNEXPECTED, nullptr));
 }
 
-TEST_F(ObjectCore, RacingFirstResolutionsMakeOneChainedExtension) {
+TEST_F(ObjectCore, RacingFirstResolutionsMakeOneChainedExtensionWhileCountsMove) {
   for (int round = 0; round < 10; ++round) {
     g_calls = 0;
     auto* object = new Obj(g_host);
     ZELSysTSBaseUnknown* results[2] = {nullptr, nullptr};
-    zeltest::RunTogether(2, [&](int i) { results[i] = Resolve(object, g_extA, &Create<&g_extA>); });
+    std::atomic<int> resolved{0};
+    // A third thread counts references meanwhile: that must not read the chain being appended.
+    zeltest::RunTogether(3, [&](int i) {
+      if (i == 2) {
+        while (resolved < 2) object->AddRef(), object->Release();
+        return;
+      }
+      results[i] = Resolve(object, g_extA, &Create<&g_extA>);
+      ++resolved;
+    });
     EXPECT_EQ(results[0], results[1]);
     EXPECT_EQ(g_calls, 1);
     object->Release();

@@ -43,9 +43,9 @@ class ZELSYSTS_PLATFORM_EXPORT ZELSYSTS_THREAD_ANNOTATION(capability("mutex")) Z
 class ZELSYSTS_PLATFORM_EXPORT ZELSYSTS_THREAD_ANNOTATION(capability("mutex")) ZELSmartMutex
     : public ZELMutex {
  public:
-  // noMutex == 0: allocates and initialises a recursive mutex.
+  // noMutex == 0: allocates and initialises a recursive mutex; Handle() is never null. When the
+  // mutex cannot be allocated, one of a reserve held inside libZELSysTS serves instead.
   // noMutex != 0: holds no mutex; Handle() is null.
-  // If the mutex cannot be allocated the handle stays null, as if built with 1.
   explicit ZELSmartMutex(int noMutex);
   // Destroys and frees the mutex, if any. It must not be held by another thread.
   ~ZELSmartMutex();

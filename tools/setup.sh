@@ -6,6 +6,7 @@
 #   build   the library and the demonstration: cmake, Ninja, g++
 #   tests   the test suite: GoogleTest, pkg-config (the install test builds a pkg-config client)
 #   clang   the clang builds (thread-safety analysis, ThreadSanitizer): clang and its runtimes
+#   valgrind  the demonstration under valgrind's memcheck (continuous integration)
 # Google Benchmark (libbenchmark-dev) and GLib (libglib2.0-dev, a baseline of one benchmark) are
 # never required: without them the benchmarks, or that baseline, are left out.
 #
@@ -17,6 +18,7 @@ zelsysts_packages_for() {
     build) echo cmake ninja-build g++ ;;
     tests) echo libgtest-dev pkg-config ;;
     clang) echo clang libclang-rt-14-dev ;;
+    valgrind) echo valgrind ;;
     *) echo "zelsysts_require: unknown need '$1'" >&2; return 1 ;;
   esac
 }

@@ -50,7 +50,7 @@ void ClsidTable::Initialize() {
 }
 
 const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
-                                     const char* libraryName) {
+                                     const char* libraryName, bool* outOfMemory) {
   if (className == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
 
@@ -73,6 +73,7 @@ const ClsidEntry* ClsidTable::Insert(const _GUID& clsid, const char* className,
     // Nothing is linked: the table is as it was.
     std::free(entry);
     ClsidChains::FreeNode(node);
+    if (outOfMemory != nullptr) *outOfMemory = true;
     return nullptr;
   }
   entry->class_id = pooledClsid;

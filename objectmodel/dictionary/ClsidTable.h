@@ -22,9 +22,10 @@ class ClsidTable {
   static constexpr int kBuckets = 1024;
 
   // The entry that now stands for clsid, or null when the line conflicts with it (another class
-  // name, or another library where both have one). libraryName may be null.
+  // name, or another library where both have one) or memory ran out (then *outOfMemory, when
+  // given, is set to true and the table is as it was). libraryName may be null.
   static const ClsidEntry* Insert(const _GUID& clsid, const char* className,
-                                  const char* libraryName);
+                                  const char* libraryName, bool* outOfMemory = nullptr);
   // The entry of clsid, or null.
   static const ClsidEntry* Find(const _GUID& clsid);
   // Clears the buckets once, under SharedLocks::ClsidTableLock().

@@ -161,7 +161,7 @@ bool FillNamesLocked(DicoEntry& target, const char* cls, const char* itf, const 
 
 DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf,
                                const char* lib, const char* leaf, const char* ext, void* fn,
-                               DicoEntry* rec)
+                               DicoEntry* rec, bool& outOfMemory)
     EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
   DicoEntry* found = FindNamesLocked(bucket, hash, cls, itf);
 
@@ -183,19 +183,21 @@ DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const
   DicoEntry* created = nullptr;
   if (found == nullptr) {
     node = g_names.NewNode();
-    if (node == nullptr) return nullptr;
+    if (node == nullptr) return outOfMemory = true, nullptr;
     if (target == nullptr) {
       created = AllocateZeroed<DicoEntry>();
       if (created == nullptr) {
         DicoTable::FreeNode(node);
-        return nullptr;
+        return outOfMemory = true, nullptr;
       }
       target = created;
     }
   }
 
   if (!FillNamesLocked(*target, cls, itf, cutLib, leaf, ext, fn)) {
-    // Nothing was linked: the node and a record made here are unreachable.
+    // Only the interning can fail here. Nothing was linked: the node and a record made here are
+    // unreachable.
+    outOfMemory = true;
     DicoTable::FreeNode(node);
     std::free(created);
     return nullptr;
@@ -204,17 +206,19 @@ DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const
   return target;
 }
 
-// Sets an empty GUID field to the pooled argument, or compares a set one with it by content.
-bool SetOrMatchGuidLocked(const _GUID*& field, const _GUID* value) {
+// Sets an empty GUID field to the pooled argument (outOfMemory when it cannot be interned), or
+// compares a set one with it by content.
+bool SetOrMatchGuidLocked(const _GUID*& field, const _GUID* value, bool& outOfMemory) {
   if (field == nullptr) {
     field = GuidPool::Intern(value);
+    if (field == nullptr) outOfMemory = true;
     return field != nullptr;
   }
   return SameGuid(field, value);
 }
 
 DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid,
-                               void* fn, DicoEntry* rec)
+                               void* fn, DicoEntry* rec, bool& outOfMemory)
     EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
   DicoEntry* found = FindGuidsLocked(bucket, hash, clsid, iid);
 
@@ -225,19 +229,19 @@ DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, co
     if (rec != nullptr && rec != found) return nullptr;
   } else {
     node = g_guids.NewNode();
-    if (node == nullptr) return nullptr;
+    if (node == nullptr) return outOfMemory = true, nullptr;
     target = rec;
     if (target == nullptr) {
       created = AllocateZeroed<DicoEntry>();
       if (created == nullptr) {
         DicoTable::FreeNode(node);
-        return nullptr;
+        return outOfMemory = true, nullptr;
       }
       target = created;
     }
     // Both empty fields are set even when the other one clashes; they stay set on failure.
-    const bool classMatches = SetOrMatchGuidLocked(target->class_id, clsid);
-    const bool interfaceMatches = SetOrMatchGuidLocked(target->interface_id, iid);
+    const bool classMatches = SetOrMatchGuidLocked(target->class_id, clsid, outOfMemory);
+    const bool interfaceMatches = SetOrMatchGuidLocked(target->interface_id, iid, outOfMemory);
     if (!classMatches || !interfaceMatches) {
       DicoTable::FreeNode(node);
       std::free(created);
@@ -283,32 +287,37 @@ int DicoStore::GuidBucket(const _GUID* classId, const _GUID* interfaceId) {
 }
 
 DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char* lib,
-                                    const char* leaf, const char* ext, void* fn, DicoEntry* rec) {
+                                    const char* leaf, const char* ext, void* fn, DicoEntry* rec,
+                                    bool* outOfMemory) {
   if (cls == nullptr || itf == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
   const int bucket = NameBucket(cls, itf);
   const uint64_t hash = HashOfNames(cls, itf);
   DicoEntry* result;
+  bool lacked = false;
   {
     ScopedLock lock(SharedLocks::DictionaryLock());
-    result = InsertByNamesLocked(bucket, hash, cls, itf, lib, leaf, ext, fn, rec);
+    result = InsertByNamesLocked(bucket, hash, cls, itf, lib, leaf, ext, fn, rec, lacked);
   }
   if (result == nullptr) ReportInsertFailure();
+  if (lacked && outOfMemory != nullptr) *outOfMemory = true;
   return result;
 }
 
-DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn,
-                                    DicoEntry* rec) {
+DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec,
+                                    bool* outOfMemory) {
   if (fn == nullptr || clsid == nullptr || iid == nullptr) return nullptr;
   if (!IsInitialized()) Initialize();
   const int bucket = GuidBucket(clsid, iid);
   const uint64_t hash = HashOfBytes(clsid, sizeof(_GUID), iid, sizeof(_GUID));
   DicoEntry* result;
+  bool lacked = false;
   {
     ScopedLock lock(SharedLocks::DictionaryLock());
-    result = InsertByGuidsLocked(bucket, hash, clsid, iid, fn, rec);
+    result = InsertByGuidsLocked(bucket, hash, clsid, iid, fn, rec, lacked);
   }
   if (result == nullptr) ReportInsertFailure();
+  if (lacked && outOfMemory != nullptr) *outOfMemory = true;
   return result;
 }
 

@@ -14,6 +14,10 @@
 //
 // Messages: a failed insert (a conflict, a name that cannot be interned, no memory) writes
 // "Problem allocating structure dico\n" to standard error, once per failed insert.
+//
+// Out of memory: the inserts and Register set *outOfMemory (when given) to true when they failed
+// for lack of memory (a node, a record, or the interning of a name or identifier) and leave it
+// untouched otherwise, so that one flag can gather several inserts; a conflict does not set it.
 #pragma once
 
 #include <cstddef>
@@ -49,11 +53,13 @@ class DicoStore {
   // "lib" of lib is cut off. Returns the record that now holds the pair, or null: silently for a
   // null key, with the message for a conflict or an interning failure (nothing changed then).
   static DicoEntry* InsertByNames(const char* cls, const char* itf, const char* lib,
-                                  const char* leaf, const char* ext, void* fn, DicoEntry* rec);
+                                  const char* leaf, const char* ext, void* fn, DicoEntry* rec,
+                                  bool* outOfMemory = nullptr);
   // Insert or merge by GUIDs. fn must not be null (null gives null silently). Returns the record
   // that now holds the pair, or null with the message on a conflict (null GUID fields of the
   // target may have been set by then).
-  static DicoEntry* InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec);
+  static DicoEntry* InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec,
+                                  bool* outOfMemory = nullptr);
 
   // Plain lookups under the dictionary lock; null when nothing is recorded. Never read files.
   static DicoEntry* FindByNames(const char* className, const char* interfaceName);
@@ -63,8 +69,9 @@ class DicoStore {
 
   // Records one entry under (clsid, iid) and (cls, itf) at once, merged with a record that the
   // dictionary files made for the names. Returns the record, or null. Never reads the files.
+  // *outOfMemory as for the inserts, when either of them ran out of memory.
   static DicoEntry* Register(const _GUID* clsid, const _GUID* iid, const char* cls, const char* itf,
-                             const char* lib, void* fn);
+                             const char* lib, void* fn, bool* outOfMemory = nullptr);
   // The meta object recorded for className (its (className, "MetaObject") record), or null.
   // Never reads the files.
   static ZELSysTSMetaClass* FindMetaObject(const char* className);

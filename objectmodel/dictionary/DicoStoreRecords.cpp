@@ -14,20 +14,20 @@ constexpr char kMetaObjectInterface[] = "MetaObject";
 }  // namespace
 
 DicoEntry* DicoStore::Register(const _GUID* clsid, const _GUID* iid, const char* cls,
-                               const char* itf, const char* lib, void* fn) {
+                               const char* itf, const char* lib, void* fn, bool* outOfMemory) {
   const bool haveNames = cls != nullptr && itf != nullptr;
   if (clsid != nullptr && iid != nullptr) {
     // A record that the dictionary files made for the names gains the identifiers and the
     // creator, so that no second record is made for the class.
     DicoEntry* byNames = haveNames ? FindByNames(cls, itf) : nullptr;
-    DicoEntry* byGuids = InsertByGuids(clsid, iid, fn, byNames);
+    DicoEntry* byGuids = InsertByGuids(clsid, iid, fn, byNames, outOfMemory);
     if (!haveNames) return byGuids;
     // Makes that record reachable by names too; when the GUID insert failed, the names are
     // recorded on their own.
-    return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, byGuids);
+    return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, byGuids, outOfMemory);
   }
   if (!haveNames) return nullptr;
-  return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, nullptr);
+  return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, nullptr, outOfMemory);
 }
 
 ZELSysTSMetaClass* DicoStore::FindMetaObject(const char* className) {

@@ -98,11 +98,11 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
   IidChains::Node* nameNode = g_by_name.NewNode();
   if (pooledName == nullptr || pooledIid == nullptr || entry == nullptr || iidNode == nullptr ||
       nameNode == nullptr) {
-    // Nothing is linked: the table is as it was.
+    // Out of memory, not a conflict. Nothing is linked: the table is as it was.
     std::free(entry);
     IidChains::FreeNode(iidNode);
     IidChains::FreeNode(nameNode);
-    return 0;
+    return -1;
   }
   entry->interface_id = pooledIid;
   entry->interface_name = pooledName;

@@ -29,7 +29,8 @@ class IidTable {
   static constexpr int kBuckets = 1024;
 
   // 1 when (iid, name) is now known (added, or known exactly so already); 0 when the IID has
-  // another name or the name another IID. Writes nothing.
+  // another name or the name another IID; -1 when memory ran out (the table is as it was).
+  // Writes nothing.
   static int Insert(const _GUID& iid, const char* name);
   // The pooled name of iid, or null. Does not initialise the table.
   static const char* FindName(const _GUID& iid);

@@ -18,7 +18,9 @@ HRESULT ZELSysTSClsidReader::ProcessLine(char* fields[5], int count, const char*
     std::fprintf(stderr, "Problem converting CLSID in %s line %d\n", path, line);
     return E_FAIL;
   }
-  if (ClsidTable::Insert(clsid, className, library) != nullptr) return S_OK;
+  bool outOfMemory = false;
+  if (ClsidTable::Insert(clsid, className, library, &outOfMemory) != nullptr) return S_OK;
+  if (outOfMemory) return E_OUTOFMEMORY;  // not a conflict: nothing to report
 
   std::fprintf(stderr, "Error in dictionary %s line %d\n", path, line);
   // A two-field line has no library; it is shown as "(null)".

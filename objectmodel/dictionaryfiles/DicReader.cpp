@@ -32,6 +32,8 @@ HRESULT ZELSysTSDicReader::ProcessLine(char* fields[5], int count, const char* p
     }
   }
   // The store reports its own refusals; they do not reject the line.
-  DicoStore::InsertByNames(fields[0], fields[1], fields[2], leaf, extendedBy, nullptr, nullptr);
-  return S_OK;
+  bool outOfMemory = false;
+  DicoStore::InsertByNames(fields[0], fields[1], fields[2], leaf, extendedBy, nullptr, nullptr,
+                           &outOfMemory);
+  return outOfMemory ? E_OUTOFMEMORY : S_OK;
 }

@@ -54,8 +54,8 @@ struct Readers {
 // Reads the dictionary files of one directory, in alphasort order, skipping names already seen
 // in this walk. A directory that cannot be scanned or holds no dictionary file is passed over
 // in silence. False when memory ran out on the way (a file or the directory may then have been
-// passed over, or a name not marked seen): the walk is not complete. Caller holds the dictionary
-// lock.
+// passed over, a name not marked seen, or a line not entered): the walk is not complete. Caller
+// holds the dictionary lock.
 bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& readers) {
   struct dirent** list = nullptr;
   errno = 0;
@@ -80,8 +80,11 @@ bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& read
         std::memcpy(fullPath, directory, directoryLength);
         fullPath[directoryLength] = '/';
         std::memcpy(fullPath + directoryLength + 1, name, nameLength + 1);
-        // One file's failure never stops the walk: the result is not looked at.
-        ReadDictionaryFile(fullPath, readers.ForKind(DictionaryFileKind(fullPath)));
+        // One file's failure never stops the walk; only a lack of memory makes it incomplete.
+        if (ReadDictionaryFile(fullPath, readers.ForKind(DictionaryFileKind(fullPath))) ==
+            E_OUTOFMEMORY) {
+          complete = false;
+        }
       }
       std::free(fullPath);
     }

@@ -112,6 +112,7 @@ HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
   bool regular = false;
   FILE* file = OpenWithoutBlocking(path, &regular);
   if (file == nullptr) {
+    if (errno == ENOMEM) return E_OUTOFMEMORY;  // a file that exists, read at the next load
     ReportOpenFailure(path);
     return E_FAIL;
   }
@@ -123,6 +124,7 @@ HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
 
   char buffer[kLineBufferBytes];
   int lineNumber = 0;
+  HRESULT result = S_OK;
   // A line longer than the buffer comes in pieces; each piece counts as a line.
   while (std::fgets(buffer, sizeof buffer, file) != nullptr) {
     if (lineNumber < INT_MAX) ++lineNumber;
@@ -131,11 +133,14 @@ HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
     char* fields[kMaxFields];
     const int count = SplitLine(buffer, fields);
     if (count == 0) continue;  // empty, or separators only
-    if (reader->ProcessLine(fields, count, path, lineNumber) < 0) {
+    const HRESULT line = reader->ProcessLine(fields, count, path, lineNumber);
+    if (line == E_OUTOFMEMORY) {
+      result = E_OUTOFMEMORY;  // not a rejection: the other lines are entered
+    } else if (line < 0) {
       std::fclose(file);
       return E_FAIL;  // the rest of the file is not read; earlier lines stay in effect
     }
   }
   std::fclose(file);
-  return S_OK;
+  return result;
 }

@@ -19,6 +19,7 @@ int IsDictionaryFile(const struct dirent* entry);
 // line), skips comments ("#" or "//" in the first column) and blank lines, splits each line on
 // tab, line feed and space into at most 5 fields and hands them to reader. 0 when the whole
 // file was read; E_FAIL for a null reader, a file that cannot be opened (with the fopen
-// message), or a rejected line (the rest of the file is not read). Only regular files are read:
+// message), or a rejected line (the rest of the file is not read); E_OUTOFMEMORY when memory ran
+// out to open the file or to enter a line (the other lines are read). Only regular files are read:
 // a fifo, device or directory of that name is opened without blocking and gives 0, unread.
 HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader);

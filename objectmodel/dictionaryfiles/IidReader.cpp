@@ -21,7 +21,9 @@ HRESULT ZELSysTSIidReader::ProcessLine(char* fields[5], int count, const char* p
     std::fprintf(stderr, "Invalid iid :%s\n\n", iidText);
     return E_FAIL;
   }
-  if (IidTable::Insert(iid, name) != 0) return S_OK;
+  const int inserted = IidTable::Insert(iid, name);
+  if (inserted > 0) return S_OK;
+  if (inserted < 0) return E_OUTOFMEMORY;  // not a conflict: nothing to report
 
   std::fprintf(stderr, "Error in dictionary %s line %d\n", path, line);
   std::fprintf(stderr, "Can not add interface '%s %s'\n", iidText, name);

@@ -33,10 +33,13 @@
 // constructor calls C::MetaObject(). A library whose classes are named by EXTENDED_BY lines
 // must register them this way: the system loads the library and then looks for the meta object.
 //
-// Thread safety: MetaObject() registers under a function-local static (once, concurrent callers
-// wait) and then reads it without a lock. Everything else is the base object's.
+// Thread safety: MetaObject() keeps the registered meta object in a function-local atomic, read
+// without a lock; until a registration has succeeded each call registers (registration is
+// find-or-create under the dictionary lock, so concurrent callers get one meta object). Everything
+// else is the base object's.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <type_traits>
 #include <utility>
@@ -113,10 +116,16 @@ class ZELSysTSClass : public Base, public Interfaces... {
 
   ZELSysTSMetaClass* GetMetaObject() const override { return MetaObject(); }
 
-  // The meta object of Derived, registered on the first call (see the file comment).
+  // The meta object of Derived, registered on the first call (see the file comment). A
+  // registration that failed for lack of memory (null) is tried again at the next call; two
+  // threads registering at once get the same meta object.
   static ZELSysTSMetaClass* MetaObject() {
-    static ZELSysTSMetaClass* const meta = Register();
-    return meta;
+    static std::atomic<ZELSysTSMetaClass*> meta{nullptr};
+    ZELSysTSMetaClass* known = meta.load(std::memory_order_acquire);
+    if (known != nullptr) return known;
+    known = Register();
+    if (known != nullptr) meta.store(known, std::memory_order_release);
+    return known;
   }
   static const char* ClassName() {
     ZELSysTSMetaClass* meta = MetaObject();
@@ -147,8 +156,11 @@ class ZELSysTSClass : public Base, public Interfaces... {
     const char* firstExtended = info.extended_count > 0 ? info.extended_classes[0] : nullptr;
     ZELSysTSMetaClass* meta =
         ZELSysTSFindOrCreateMetaObject(info.name, Kind, id, baseMeta, firstExtended);
-    for (std::size_t i = 1; i < info.extended_count; ++i) {
-      ZELSysTSFindOrCreateMetaObject(info.name, Kind, id, baseMeta, info.extended_classes[i]);
+    // Every extended class must be in the list before the meta object is kept: a call that ran
+    // out of memory gives null, and the next MetaObject() registers again.
+    for (std::size_t i = 1; meta != nullptr && i < info.extended_count; ++i) {
+      meta =
+          ZELSysTSFindOrCreateMetaObject(info.name, Kind, id, baseMeta, info.extended_classes[i]);
     }
     return meta;
   }

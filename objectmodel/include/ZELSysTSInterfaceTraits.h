@@ -16,10 +16,11 @@
 // object's class identifier is the interface's IID and its base is the parent interface's meta
 // object, which is how the system checks that the leaf derives from the interface asked for.
 //
-// Thread safety: the traits are constants; ZELSysTSInterfaceMetaObject registers once under a
-// function-local static and may be called from any thread.
+// Thread safety: the traits are constants; ZELSysTSInterfaceMetaObject keeps the registered meta
+// object in a function-local atomic and may be called from any thread.
 #pragma once
 
+#include <atomic>
 #include <type_traits>
 
 #include "ZELSysTSBaseUnknown.h"
@@ -77,18 +78,22 @@ constexpr const _GUID& ZELSysTSIIDOf() {
 
 // The meta object of interface I (plain kind, class identifier = its IID, base = the meta object
 // of its parent interface; interfaces deriving directly from IUnknown have no base), registered
-// on the first call. Null only when registration refuses the name.
+// on the first call. Null when registration refuses the name or memory runs out; a registration
+// that failed is tried again at the next call.
 template <class I>
 ZELSysTSMetaClass* ZELSysTSInterfaceMetaObject() {
   using Traits = ZELSysTSInterfaceTraits<I>;
-  static ZELSysTSMetaClass* const meta = [] {
-    ZELSysTSMetaClass* parentMeta = nullptr;
-    if constexpr (!std::is_void_v<typename Traits::parent> &&
-                  !std::is_same_v<typename Traits::parent, IUnknown>) {
-      parentMeta = ZELSysTSInterfaceMetaObject<typename Traits::parent>();
-    }
-    return ZELSysTSFindOrCreateMetaObject(Traits::name, ZELSysTSTypeBase, &Traits::iid, parentMeta,
-                                          nullptr);
-  }();
-  return meta;
+  static std::atomic<ZELSysTSMetaClass*> meta{nullptr};
+  ZELSysTSMetaClass* known = meta.load(std::memory_order_acquire);
+  if (known != nullptr) return known;
+  ZELSysTSMetaClass* parentMeta = nullptr;
+  if constexpr (!std::is_void_v<typename Traits::parent> &&
+                !std::is_same_v<typename Traits::parent, IUnknown>) {
+    parentMeta = ZELSysTSInterfaceMetaObject<typename Traits::parent>();
+    if (parentMeta == nullptr) return nullptr;  // no memory: registered at a later call
+  }
+  known = ZELSysTSFindOrCreateMetaObject(Traits::name, ZELSysTSTypeBase, &Traits::iid, parentMeta,
+                                         nullptr);
+  if (known != nullptr) meta.store(known, std::memory_order_release);
+  return known;
 }

@@ -6,6 +6,12 @@
 // objects. The dictionary queries and the insert each take the dictionary lock for their own
 // duration; the text fields of a found record are copied under it. Every failure is a null
 // result and writes nothing.
+//
+// Out of memory: a null that may be wrong (the dictionary could not be read, a name could not be
+// composed, the dynamic loader ran out of memory) sets `lacked`, so that the caller does not
+// remember it as "no such interface". The library manager answers null for every failure; a
+// failure for lack of memory is told by errno, which the C library sets to ENOMEM then.
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -52,14 +58,31 @@ char* ComposeCreatorName(const char* interfacePart, const char* classPart) {
   return name;
 }
 
+// The library manager's answers, with errno cleared first so that ENOMEM afterwards tells a lack
+// of memory from a library or function that is not there.
+void* LoadLibraryNamed(const char* library, bool& lacked) {
+  errno = 0;
+  void* handle = ZELThrLibraryManager::LoadLibrary(library);
+  if (handle == nullptr && errno == ENOMEM) lacked = true;
+  return handle;
+}
+
+void* FunctionNamed(const char* library, const char* function, bool& lacked) {
+  errno = 0;
+  void* address = ZELThrLibraryManager::GetFunctionAddress(library, function);
+  if (address == nullptr && errno == ENOMEM) lacked = true;
+  return address;
+}
+
 }  // namespace
 
-ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& iid) {
+ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& iid, bool& lacked) {
   // The meta class identifier names no interface: the record under (class identifier,
   // CLSID_ZELSysTSMetaClass) holds the class's meta object, which must never be taken for a
   // creation function, whatever the dictionary files add to that record.
   if (iid == CLSID_ZELSysTSMetaClass) return nullptr;
   DicoLoader::Load();
+  if (!DicoLoader::IsLoaded()) lacked = true;  // what is not read yet may hold the answer
 
   // An answer recorded by identifiers ends the search: a record with a library is a creation
   // function found before; one without is not an implementation (a meta object record, whose
@@ -93,7 +116,7 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& ii
   if (names.extended_by != nullptr) {
     ZELSysTSMetaClassBase* extending = EffectiveMetaObjectNamed(names.extended_by);
     if (extending == nullptr) {
-      if (ZELThrLibraryManager::LoadLibrary(names.library_name) == nullptr) return nullptr;
+      if (LoadLibraryNamed(names.library_name, lacked) == nullptr) return nullptr;
       extending = EffectiveMetaObjectNamed(names.extended_by);
       if (extending == nullptr) return nullptr;
     }
@@ -104,8 +127,11 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& ii
 
   if (names.library_name == nullptr) return nullptr;
   char* function = ComposeCreatorName(interfacePart, classPart);
-  if (function == nullptr) return nullptr;
-  void* address = ZELThrLibraryManager::GetFunctionAddress(names.library_name, function);
+  if (function == nullptr) {
+    lacked = true;
+    return nullptr;
+  }
+  void* address = FunctionNamed(names.library_name, function, lacked);
   std::free(function);
   if (address == nullptr) return nullptr;
 

@@ -8,6 +8,7 @@
 // initialisation.
 #include <atomic>
 #include <cstring>
+#include <new>
 
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "dictionary/DicoStore.h"
@@ -27,19 +28,47 @@ _GUID NextGeneratedClassId() {
   return id;
 }
 
-// Builds the meta class that the kind calls for; unknown kinds get a plain meta object.
-// Throws std::bad_alloc when memory runs out (nothing is left allocated then).
+// Builds the meta class that the kind calls for; unknown kinds get a plain meta object. Null
+// when memory runs out, for the object or for interning its name or identifier (nothing is left
+// allocated then but what the pools keep). Registration may run during a library's static
+// initialisation, inside dlopen: nothing thrown may leave it.
 ZELSysTSMetaClassBase* NewMetaObject(ZELSysTSTypeOfClass type, const _GUID* classId,
                                      const char* className, ZELSysTSMetaClass* baseMeta) {
+  ZELSysTSMetaClassBase* meta;
   switch (type) {
     case ZELSysTSTypeImplementation:
-      return new ZELSysTSMetaClassImpl(classId, className, baseMeta);
+      meta = new (std::nothrow) ZELSysTSMetaClassImpl(classId, className, baseMeta);
+      break;
     case ZELSysTSTypeChainedExtension:
     case ZELSysTSTypeTransientExtension:
-      return new ZELSysTSMetaClassExt(classId, className, baseMeta, type);
+      meta = new (std::nothrow) ZELSysTSMetaClassExt(classId, className, baseMeta, type);
+      break;
     default:
-      return new ZELSysTSMetaClassBase(classId, className, baseMeta);
+      meta = new (std::nothrow) ZELSysTSMetaClassBase(classId, className, baseMeta);
+      break;
   }
+  if (meta == nullptr) return nullptr;
+  if (meta->GetClassName() == nullptr || meta->GetClassId() == nullptr) {
+    delete meta;
+    return nullptr;
+  }
+  RememberLibraryMetaClass(meta);
+  return meta;
+}
+
+// True when the store holds meta under (its class identifier, CLSID_ZELSysTSMetaClass).
+bool RecordedById(ZELSysTSMetaClass* meta) {
+  const DicoEntry* record = DicoStore::FindByGuids(meta->GetClassId(), &CLSID_ZELSysTSMetaClass);
+  return record != nullptr && record->Creator() == meta;
+}
+
+// The meta object of className that the store holds under classId but not under the name: a
+// registration ran out of memory between the two inserts. Null otherwise.
+ZELSysTSMetaClass* RecordedByIdOnly(const _GUID* classId, const char* className) {
+  const DicoEntry* record = DicoStore::FindByGuids(classId, &CLSID_ZELSysTSMetaClass);
+  auto* meta = record != nullptr ? static_cast<ZELSysTSMetaClass*>(record->Creator()) : nullptr;
+  if (meta == nullptr || meta->GetClassName() == nullptr) return nullptr;
+  return std::strcmp(meta->GetClassName(), className) == 0 ? meta : nullptr;
 }
 
 }  // namespace
@@ -51,22 +80,37 @@ ZELSysTSMetaClass* ZELSysTSFindOrCreateMetaObject(const char* className, ZELSysT
   if (std::strcmp(className, "ZELNull") == 0) return nullptr;
 
   ScopedLock lock(DicoStore::DictionaryLock());
-  if (ZELSysTSMetaClass* existing = DicoStore::FindMetaObject(className)) {
-    if (extendedClass != nullptr) AddExtendedClassTo(existing, extendedClass);
-    return existing;
+  ZELSysTSMetaClass* meta = DicoStore::FindMetaObject(className);
+  const bool byName = meta != nullptr;
+  if (meta == nullptr && classId != nullptr) meta = RecordedByIdOnly(classId, className);
+  const bool found = meta != nullptr;
+  // A meta object held under both keys (or under its name while its identifier belongs to
+  // another class, a conflict that stays) is complete.
+  if (byName && DicoStore::FindByGuids(meta->GetClassId(), &CLSID_ZELSysTSMetaClass) != nullptr) {
+    return AddExtendedClassTo(meta, extendedClass) ? meta : nullptr;
   }
 
   _GUID generated;
-  if (classId == nullptr) {
-    generated = NextGeneratedClassId();
-    classId = &generated;
+  if (!found) {
+    if (classId == nullptr) {
+      generated = NextGeneratedClassId();
+      classId = &generated;
+    }
+    meta = NewMetaObject(type, classId, className, baseMeta);
+    if (meta == nullptr) return nullptr;
   }
-  ZELSysTSMetaClassBase* meta = NewMetaObject(type, classId, className, baseMeta);
-  RememberLibraryMetaClass(meta);
-  // A refusal by the store is not reported: the meta object works, it is only not found by
-  // later lookups (the store writes its own line).
-  DicoStore::Register(classId, &CLSID_ZELSysTSMetaClass, className, "MetaObject", nullptr,
-                      static_cast<void*>(meta));
-  if (extendedClass != nullptr) AddExtendedClassTo(meta, extendedClass);
-  return meta;
+  // A conflict with what the store holds is not reported: the meta object works, it is only not
+  // found by the lookups that conflict (the store writes its own line). A lack of memory is: the
+  // meta object is handed out only once recorded under both keys, or a later registration of the
+  // name could build a second one. A meta object that the store holds under one key is kept (it
+  // may have been seen) and completed by the next registration of the name.
+  bool outOfMemory = false;
+  DicoStore::Register(meta->GetClassId(), &CLSID_ZELSysTSMetaClass, className, "MetaObject",
+                      nullptr, static_cast<void*>(meta), &outOfMemory);
+  if (outOfMemory) {
+    if (!found && DicoStore::FindMetaObject(className) != meta && !RecordedById(meta)) delete meta;
+    return nullptr;
+  }
+  // An extended class that could not be added for lack of memory is added by a later call.
+  return AddExtendedClassTo(meta, extendedClass) ? meta : nullptr;
 }

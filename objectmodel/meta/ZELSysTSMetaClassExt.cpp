@@ -55,17 +55,17 @@ int ZELSysTSMetaClassExt::IsExtendingLocked(const char* pooledName) const {
 // append, so that a caller that does not hold the dictionary lock cannot add a name twice.
 // The capacity is raised only together with the new array: when memory runs out the list is
 // left as it was and the name is not added.
-void ZELSysTSMetaClassExt::AddExtendedClass(const char* className) {
+bool ZELSysTSMetaClassExt::AddExtendedClass(const char* className) {
   const char* pooled = StringPool::Intern(className);
-  if (pooled == nullptr) return;
-  if (IsExtending(pooled) == 1) return;
+  if (pooled == nullptr) return false;
+  if (IsExtending(pooled) == 1) return true;
 
   ScopedLock lock(ext_mutex);
-  if (IsExtendingLocked(pooled) == 1) return;
+  if (IsExtendingLocked(pooled) == 1) return true;
   if (extended_count >= extended_capacity) {
     const int32_t capacity = extended_capacity + kExtendedGrowth;
     const char** grown = new (std::nothrow) const char*[capacity];
-    if (grown == nullptr) return;
+    if (grown == nullptr) return false;
     for (int32_t i = 0; i < extended_count; ++i) grown[i] = extended_classes[i];
     delete[] extended_classes;
     extended_classes = grown;
@@ -73,12 +73,13 @@ void ZELSysTSMetaClassExt::AddExtendedClass(const char* className) {
   }
   extended_classes[extended_count] = pooled;
   ++extended_count;
+  return true;
 }
 
-void AddExtendedClassTo(ZELSysTSMetaClass* meta, const char* className) {
-  if (meta == nullptr || className == nullptr) return;
+bool AddExtendedClassTo(ZELSysTSMetaClass* meta, const char* className) {
+  if (meta == nullptr || className == nullptr) return true;
   ZELSysTSMetaClassBase* effective = EffectiveMetaOf(meta);
-  if (effective == nullptr) return;
+  if (effective == nullptr) return true;
   ZELSysTSMetaClassExt* extension = effective->GetExtensionMetaClass();
-  if (extension != nullptr) extension->AddExtendedClass(className);
+  return extension == nullptr || extension->AddExtendedClass(className);
 }

@@ -27,9 +27,9 @@ class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
   int IsExtending(const char* pooledName);
   // IsExtending of meta's class name (null meta: 0).
   int IsExtending(ZELSysTSMetaClass* meta);
-  // Adds the class name unless it is there already; nothing when it cannot be interned or
-  // memory runs out (the list stays consistent).
-  void AddExtendedClass(const char* className);
+  // Adds the class name unless it is there already. False, with the list as it was, when the
+  // name cannot be interned or memory runs out.
+  bool AddExtendedClass(const char* className);
 
  private:
   // 1 when pooledName is in the list.
@@ -44,5 +44,5 @@ class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
 };
 
 // When meta and className are both non-null and meta's effective meta object is an extension,
-// adds className to its extended classes; otherwise does nothing.
-void AddExtendedClassTo(ZELSysTSMetaClass* meta, const char* className);
+// adds className to its extended classes; otherwise does nothing. False only when memory ran out.
+bool AddExtendedClassTo(ZELSysTSMetaClass* meta, const char* className);

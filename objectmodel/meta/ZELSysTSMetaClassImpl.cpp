@@ -53,12 +53,17 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::AbsentMarker() {
 // Lookups and recordings lock the table separately; the search in between runs unlocked, so
 // that a library loaded by it may register meta objects and query other objects.
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInterfaceCreator(const _GUID& iid) {
+  bool lacked = false;
+  return ResolveInterface(iid, lacked);
+}
+
+ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::ResolveInterface(const _GUID& iid, bool& lacked) {
   const ZELSysTSInterfaceCreator known = LookupInterface(iid);
   if (known == AbsentMarker()) return nullptr;
   if (known != nullptr) return known;
 
   const bool record = class_id != nullptr;
-  if (const ZELSysTSInterfaceCreator found = FindInDictionary(iid)) {
+  if (const ZELSysTSInterfaceCreator found = FindInDictionary(iid, lacked)) {
     if (record) RecordInterface(iid, found);
     return found;
   }
@@ -69,13 +74,17 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInterfaceCreator(const _GUID
     // chains cannot loop (a base exists before the class that names it).
     ZELSysTSMetaClassBase* base =
         IsLibraryMetaObject(base_meta) ? static_cast<ZELSysTSMetaClassBase*>(base_meta) : nullptr;
-    if (const ZELSysTSInterfaceCreator inherited =
-            base != nullptr ? base->FindInterfaceCreator(iid) : nullptr) {
+    auto* implBase = dynamic_cast<ZELSysTSMetaClassImpl*>(base);
+    const ZELSysTSInterfaceCreator inherited =
+        implBase != nullptr ? implBase->ResolveInterface(iid, lacked)
+                            : (base != nullptr ? base->FindInterfaceCreator(iid) : nullptr);
+    if (inherited != nullptr) {
       if (record) RecordInterface(iid, inherited);
       return inherited;
     }
   }
-  if (record) RecordInterface(iid, AbsentMarker());
+  // "Not found" is remembered only when the whole search could look.
+  if (record && !lacked) RecordInterface(iid, AbsentMarker());
   return nullptr;
 }
 

@@ -25,15 +25,21 @@ class ZELSysTSMetaClassImpl : public ZELSysTSMetaClassBase {
   ZELSysTSMetaClassImpl(const _GUID* classId, const char* className, ZELSysTSMetaClass* baseMeta);
   ~ZELSysTSMetaClassImpl() override;
 
-  // Table, then dictionary and libraries, then the base class; every answer is recorded.
+  // Table, then dictionary and libraries, then the base class; every answer is recorded, except
+  // a negative one reached while memory ran out (the next query searches again).
   ZELSysTSInterfaceCreator FindInterfaceCreator(const _GUID& iid) override;
+  // The same; `lacked` is set to true when the search ran out of memory (here or in a base), so
+  // that the null answer may be wrong.
+  ZELSysTSInterfaceCreator ResolveInterface(const _GUID& iid, bool& lacked);
   // What the table records for iid (a creator or AbsentMarker()), or null. Takes `mutex`.
   ZELSysTSInterfaceCreator LookupInterface(const _GUID& iid) LOCKS_EXCLUDED(mutex);
   // Appends (iid, creator) and sorts the table. Past 65,532 entries nothing more is recorded.
   // Takes `mutex`.
   void RecordInterface(const _GUID& iid, ZELSysTSInterfaceCreator creator) LOCKS_EXCLUDED(mutex);
-  // The creator found through the dictionary and the implementation libraries, or null.
-  ZELSysTSInterfaceCreator FindInDictionary(const _GUID& iid);
+  // The creator found through the dictionary and the implementation libraries, or null. `lacked`
+  // is set to true when the null may be wrong: the dictionary is not loaded, or memory ran out
+  // (composing the function's name, or in the dynamic loader).
+  ZELSysTSInterfaceCreator FindInDictionary(const _GUID& iid, bool& lacked);
 
   // The private marker recorded for "searched before, not found"; never handed to callers.
   static ZELSysTSInterfaceCreator AbsentMarker();

@@ -1,5 +1,7 @@
 #include "ZELSysTSBaseUnknown.h"
 
+#include <atomic>
+
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "ZELSysTSGuid.h"
 #include "core/ScopedObjectLock.h"
@@ -56,14 +58,17 @@ ZELSysTSBaseUnknown::~ZELSysTSBaseUnknown() {
 }
 
 ZELSysTSMetaClass* ZELSysTSBaseUnknown::MetaObject() {
-  // The language's once-only initialisation of a local static: concurrent first callers wait,
-  // and later calls read the pointer without a lock.
-  static ZELSysTSMetaClass* const meta = [] {
-    ZELSysTSMetaClass* m = ZELSysTSFindOrCreateMetaObject(
-        "ZELSysTSBaseUnknown", ZELSysTSTypeBase, &CLSID_ZELSysTSBaseUnknown, nullptr, nullptr);
-    meta_object = m;
-    return m;
-  }();
+  // Kept once registered, read without a lock; until a registration succeeds (it fails only for
+  // lack of memory) each call registers again. Registration is a find-or-create under the
+  // dictionary lock, so concurrent first callers all get the one meta object.
+  static std::atomic<ZELSysTSMetaClass*> registered{nullptr};
+  ZELSysTSMetaClass* meta = registered.load(std::memory_order_acquire);
+  if (meta != nullptr) return meta;
+  meta = ZELSysTSFindOrCreateMetaObject("ZELSysTSBaseUnknown", ZELSysTSTypeBase,
+                                        &CLSID_ZELSysTSBaseUnknown, nullptr, nullptr);
+  ZELSysTSMetaClass* expected = nullptr;
+  // One writer of meta_object: the caller that publishes the meta object first.
+  if (meta != nullptr && registered.compare_exchange_strong(expected, meta)) meta_object = meta;
   return meta;
 }
 

@@ -28,16 +28,14 @@ inline ZELSysTSDictionaryReader* const g_readers[4] = {  // 1 .dicts, 2 .iidts, 
 inline const std::string kNames[] = {"b.iidts", "a.dicts", "a.clsidts", "notes.txt", ".dicts"};
 inline const int kKinds[] = {2, 1, 3};  // the readers of the dictionary files among kNames
 
-// The product writes through `stderr`, pointed at memory; fuzzer and sanitizers write to fd 2.
-struct Messages {
+struct Messages {  // `stderr`, where the product writes, in memory; libFuzzer and ASan use fd 2
   static inline char text[1 << 20];
   static inline FILE* const stream = fmemopen(text, sizeof text, "w");
   static void Begin() { stderr = stream, rewind(stream); }
   static std::string End() { return fflush(stream), std::string(text, ftell(stream)); }
 };
 
-// Unlocking a recursive mutex succeeds only for the thread that holds it.
-inline bool NoLockHeld() {
+inline bool NoLockHeld() {  // unlocking a recursive mutex succeeds only for its holder
   auto held = [](ZELSmartMutex& m) { return m.Handle() && !pthread_mutex_unlock(m.Handle()); };
   return !held(SharedLocks::DictionaryLock()) && !held(SharedLocks::IidTableLock()) &&
          !held(SharedLocks::ClsidTableLock()) && !held(SharedLocks::StringPoolLock()) &&
@@ -53,8 +51,12 @@ inline int Split(std::string& line, char* f[5]) {
   return n;
 }
 
-// Whether what a line of that kind says is in its table.
-inline bool Recorded(int kind, char* f[5], int count) {
+inline bool Shaped(char* f[5], int count) {  // what makes a .dicts line accepted
+
+  return count == 3 || (count == 5 && (!strcmp(f[3], "ITFLEAF") || !strcmp(f[3], "EXTENDED_BY")));
+}
+
+inline bool Recorded(int kind, char* f[5], int count) {  // what the line says is in its table
   _GUID g{};
   if (kind == 1) return count >= 3 && DicoStore::FindByNames(f[0], f[1]) != nullptr;
   if (count < 2 || ZELSysTSConvertStringToGUID(f[0], g) != 0) return false;
@@ -64,7 +66,7 @@ inline bool Recorded(int kind, char* f[5], int count) {
          (kind == 2 || count == 2 || !c->library_name || !strcmp(c->library_name, f[2]));
 }
 
-// A rejection names a line with fields, earlier lines (cut as the file reader cuts) are recorded.
+// A rejection names a line with fields (misshapen, for .dicts); the lines before it are recorded.
 inline void CheckFile(const std::string& content, const std::string& path, int kind, HRESULT result,
                       const std::string& messages) {
   const std::string tagged = messages + path + " line 0";  // naming no line, a rejection names 0
@@ -75,7 +77,8 @@ inline void CheckFile(const std::string& content, const std::string& path, int k
     std::string line = content.substr(from, n);
     char* f[5] = {};
     const int count = Split(line, f);
-    FUZZ_CHECK(++number == stop ? count > 0 : count == 0 || Recorded(kind, f, count));
+    FUZZ_CHECK(++number == stop ? count > 0 && (kind != 1 || !Shaped(f, count))
+                                : count == 0 || Recorded(kind, f, count));
   }
   FUZZ_CHECK(stop < 0 || (stop > 0 && number == stop));
 }
@@ -133,8 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const bool ok = g_readers[kind]->ProcessLine(f, count, "fuzz", 7) == S_OK;
   const std::string messages = Messages::End();
   FUZZ_CHECK(ok ? Recorded(kind, f, count) : messages.find("fuzz line 7\n") != -1ul);
-  const bool pair = count == 5 && (!strcmp(f[3], "ITFLEAF") || !strcmp(f[3], "EXTENDED_BY"));
-  if (kind == 1) FUZZ_CHECK(ok == (count == 3 || pair));  // its shape alone decides
+  if (kind == 1) FUZZ_CHECK(ok == Shaped(f, count));
   // Well shaped, a line of the other kinds is refused only for a conflict, accepted silently.
   if (kind > 1 && count <= kind) FUZZ_CHECK(ok ? messages.empty() : !Recorded(kind, f, count));
 #else

@@ -1,7 +1,7 @@
-// Fuzz targets, one per build (ZELSYSTS_FUZZ_TARGET): 1 ReaderLineFuzz, a line, 2
-// DictionaryFileFuzz, a file, each after a byte choosing the reader ('0' .dicts, '1' .iidts, '2'
-// .clsidts); 3 DirectoryLoadFuzz, a directory's files, NUL-separated; 4 GuidTextFuzz. main()
-// replays files.
+// Fuzz targets, one per build (ZELSYSTS_FUZZ_TARGET); main() replays files without libFuzzer.
+// 1 ReaderLineFuzz, a line, and 2 DictionaryFileFuzz, a file, each after a byte choosing the
+// reader ('0' .dicts, '1' .iidts, '2' .clsidts: its value modulo 3); 3 DirectoryLoadFuzz, the
+// files of a directory, NUL-separated (see kNames); 4 GuidTextFuzz, a GUID text.
 #include <dirent.h>
 #include <sys/mman.h>
 #include <unistd.h>

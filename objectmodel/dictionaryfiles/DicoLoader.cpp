@@ -69,24 +69,28 @@ bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& read
   const size_t directoryLength = std::strlen(directory);
   for (int i = 0; i < n; ++i) {
     const char* name = list[i]->d_name;
-    // The path first: a file that cannot be read for lack of memory is not marked seen, so it
-    // does not hide a file of the same name in a later directory either.
-    const size_t nameLength = std::strlen(name);
-    char* fullPath = static_cast<char*>(std::malloc(directoryLength + 1 + nameLength + 1));
-    if (fullPath == nullptr) {
-      complete = false;
-    } else {
-      if (seen.TestAndAdd(name) == 0) {
+    // Marked seen first, so that a file of the same name in a later directory stays hidden even
+    // when this one cannot be read; a lack of memory then stops the walk, which the next request
+    // makes again from the start. A name the set could not hold stops it too: without it a later
+    // file of that name would be read.
+    const bool seenBefore = complete && seen.TestAndAdd(name) != 0;
+    if (complete && seen.OutOfMemory()) complete = false;
+    if (complete && !seenBefore) {
+      const size_t nameLength = std::strlen(name);
+      char* fullPath = static_cast<char*>(std::malloc(directoryLength + 1 + nameLength + 1));
+      if (fullPath == nullptr) {
+        complete = false;
+      } else {
         std::memcpy(fullPath, directory, directoryLength);
         fullPath[directoryLength] = '/';
         std::memcpy(fullPath + directoryLength + 1, name, nameLength + 1);
-        // One file's failure never stops the walk; only a lack of memory makes it incomplete.
+        // One file's failure never stops the walk; a lack of memory makes it incomplete.
         if (ReadDictionaryFile(fullPath, readers.ForKind(DictionaryFileKind(fullPath))) ==
             E_OUTOFMEMORY) {
           complete = false;
         }
+        std::free(fullPath);
       }
-      std::free(fullPath);
     }
     std::free(list[i]);
   }
@@ -122,7 +126,11 @@ void DicoLoader::Load() {
       char* state = nullptr;
       for (char* directory = ZELSysTSStrtok(pathCopy, ":", &state); directory != nullptr;
            directory = ZELSysTSStrtok(nullptr, ":", &state)) {
-        complete = ReadDirectoryLocked(directory, seen, readers) && complete;
+        // A walk that ran out of memory stops: it is made again, whole, at the next request.
+        if (!ReadDirectoryLocked(directory, seen, readers)) {
+          complete = false;
+          break;
+        }
       }
       complete = complete && !seen.OutOfMemory();
     }

@@ -31,20 +31,21 @@ TEST(ZELThrLibraryManagerTest, EverySpellingOfANameIsOneLibraryLoadedOnceForGood
 TEST(ZELThrLibraryManagerTest, RefusedOrMissingNamesAndFunctionsGiveNullAndNothingElse) {
   const std::string path = zeltest::BinaryDir() + "/lib/libZELPlatformProbe.so";
   ASSERT_EQ(access(path.c_str(), R_OK), 0) << path;
-  zeltest::StderrCapture capture;
   const char* none = nullptr;
-  for (const char* library : {"ZELNoSuchLibrary", "", none, path.c_str()}) {
-    SCOPED_TRACE(library != nullptr ? library : "(null)");
-    EXPECT_EQ(Manager::LoadLibrary(library), nullptr);
-    EXPECT_EQ(Manager::GetFunctionAddress(library, kCount), nullptr);
-    EXPECT_EQ(dlerror(), nullptr);
-  }
-  EXPECT_FALSE(Loaded("libZELPlatformProbe.so")) << "a path was loaded although it is no name";
-  for (const char* function : {"ZELNoSuchFunction", none}) {
-    EXPECT_EQ(Manager::GetFunctionAddress("ZELPlatformProbe", function), nullptr);
-    EXPECT_EQ(dlerror(), nullptr);
-  }
-  EXPECT_EQ(capture.Take(), "");
+  EXPECT_EQ(zeltest::StderrOf([&] {
+              for (const char* library : {"ZELNoSuchLibrary", "", none, path.c_str()}) {
+                SCOPED_TRACE(library != nullptr ? library : "(null)");
+                EXPECT_EQ(Manager::LoadLibrary(library), nullptr);
+                EXPECT_EQ(Manager::GetFunctionAddress(library, kCount), nullptr);
+                EXPECT_EQ(dlerror(), nullptr);
+              }
+              EXPECT_FALSE(Loaded("libZELPlatformProbe.so")) << "a path was loaded, no name";
+              for (const char* function : {"ZELNoSuchFunction", none}) {
+                EXPECT_EQ(Manager::GetFunctionAddress("ZELPlatformProbe", function), nullptr);
+                EXPECT_EQ(dlerror(), nullptr);
+              }
+            }),
+            "");
 }
 
 TEST(ZELThrLibraryManagerTest, LibrariesAreBoundInFullAgainstTheSymbolsOfThoseLoadedBefore) {

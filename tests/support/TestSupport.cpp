@@ -35,39 +35,6 @@ std::string TempDir::Write(const std::string& relative, const std::string& conte
   return full.string();
 }
 
-std::string TempDir::MakeDir(const std::string& relative) const {
-  const fs::path full = fs::path(path_) / relative;
-  fs::create_directories(full);
-  return full.string();
-}
-
-StderrCapture::StderrCapture() {
-  std::fflush(stderr);
-  char name[] = "/tmp/zelsysts-stderr-XXXXXX";
-  const int fd = mkstemp(name);
-  if (fd < 0) throw std::runtime_error("mkstemp failed");
-  file_ = name;
-  saved_fd_ = dup(2);
-  dup2(fd, 2);
-  close(fd);
-}
-
-StderrCapture::~StderrCapture() {
-  Take();
-}
-
-std::string StderrCapture::Take() {
-  if (done_) return text_;
-  done_ = true;
-  std::fflush(stderr);
-  dup2(saved_fd_, 2);
-  close(saved_fd_);
-  std::ifstream in(file_, std::ios::binary);
-  text_.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-  unlink(file_.c_str());
-  return text_;
-}
-
 ScopedEnv::ScopedEnv(const char* name, const char* value) : name_(name) {
   const char* old = std::getenv(name);
   had_ = old != nullptr;
@@ -83,10 +50,21 @@ DictionaryPath::DictionaryPath()
     : env_path_("ZELDictionaryPath", path().c_str()),
       env_no_fallback_("ZELDictionaryNoPathNoFallback", nullptr) {}
 
+// Captures file descriptor 2 in a temporary file while body runs.
 std::string StderrOf(const std::function<void()>& body) {
-  StderrCapture capture;
+  std::fflush(stderr);
+  char name[] = "/tmp/zelsysts-stderr-XXXXXX";
+  const int fd = mkstemp(name), saved = dup(2);
+  if (fd < 0) throw std::runtime_error("mkstemp failed");
+  dup2(fd, 2);
+  close(fd);
   body();
-  return capture.Take();
+  std::fflush(stderr);
+  dup2(saved, 2);
+  close(saved);
+  std::ifstream in(name, std::ios::binary);
+  unlink(name);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 void RunTogether(int threads, const std::function<void(int)>& body) {
@@ -110,14 +88,15 @@ void RunTogether(int threads, const std::function<void(int)>& body) {
   for (std::thread& thread : pool) thread.join();
 }
 
-std::string SourceDir() {
-  const char* dir = std::getenv("ZELSYSTS_TEST_SOURCE_DIR");
+static std::string DirOf(const char* variable) {
+  const char* dir = std::getenv(variable);
   return dir != nullptr ? dir : ".";
 }
-
+std::string SourceDir() {
+  return DirOf("ZELSYSTS_TEST_SOURCE_DIR");
+}
 std::string BinaryDir() {
-  const char* dir = std::getenv("ZELSYSTS_TEST_BINARY_DIR");
-  return dir != nullptr ? dir : ".";
+  return DirOf("ZELSYSTS_TEST_BINARY_DIR");
 }
 
 }  // namespace zeltest

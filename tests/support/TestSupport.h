@@ -19,33 +19,11 @@ class TempDir {
   TempDir& operator=(const TempDir&) = delete;
 
   const std::string& path() const { return path_; }
-  // Writes (or overwrites) a file below the directory, creating sub-directories as needed.
-  // Returns the full path.
+  // Writes (or overwrites) a file below the directory, making its folders; returns its path.
   std::string Write(const std::string& relative, const std::string& content) const;
-  // Creates a sub-directory and returns its full path.
-  std::string MakeDir(const std::string& relative) const;
 
  private:
   std::string path_;
-};
-
-// Captures everything written to file descriptor 2 between construction and Take() (or the end
-// of the scope) in a temporary file. Flushes stderr at both ends.
-class StderrCapture {
- public:
-  StderrCapture();
-  ~StderrCapture();
-  StderrCapture(const StderrCapture&) = delete;
-  StderrCapture& operator=(const StderrCapture&) = delete;
-
-  // Stops capturing (if still capturing) and returns what was written.
-  std::string Take();
-
- private:
-  int saved_fd_ = -1;
-  std::string file_;
-  std::string text_;
-  bool done_ = false;
 };
 
 // Sets (value non-null) or removes (value null) an environment variable; the previous state is
@@ -81,7 +59,7 @@ std::string StderrOf(const std::function<void()>& body);
 // started (so that they race), and joins them all.
 void RunTogether(int threads, const std::function<void(int)>& body);
 
-// The directory of the source tree / build tree, as CTest passes them; "." when unset.
+// The source tree / build tree, as CTest passes them; "." when unset.
 std::string SourceDir();
 std::string BinaryDir();
 

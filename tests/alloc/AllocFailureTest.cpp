@@ -104,6 +104,7 @@ void RunFailureLoop(const char* name, const std::function<bool(long)>& scenario)
 #include <sstream>
 
 #include "ZELSysTSConvertStringToGUID.h"
+#include "ZELSysTSMutex.h"
 #include "dictionary/ClsidTable.h"
 #include "dictionary/DicoStore.h"
 #include "dictionary/IidTable.h"
@@ -141,6 +142,18 @@ TEST(AllocFailure, DictionaryLoad) {
       for (const char* kind : {"dicts", "iidts", "clsidts"})
         ok = ok && AllLinesIn(src + file + kind);
     return ok;
+  });
+}
+
+// A mutex asked for is always there: without memory, one of libZELSysTS's reserve serves.
+TEST(AllocFailure, AMutexAskedForIsAlwaysThere) {
+  RunFailureLoop("mutex", [](long n) {
+    const auto locks = [] {
+      ZELSmartMutex m(0);
+      return m.Handle() && !m.LockF() && !m.UnlockF();
+    };
+    if (!Armed(n, locks)) std::_Exit(7);  // even with a failure injected
+    return true;
   });
 }
 #else

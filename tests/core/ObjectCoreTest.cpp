@@ -1,18 +1,15 @@
-// The base object: QueryInterface and counts, the implementation resolution (the object itself,
-// chained and transient extensions), extensions answering and counting for their object, ties,
-// and the reference counter. Also run under ThreadSanitizer (label concurrency).
+// The base object: QueryInterface and counts; resolution to itself and to chained or transient
+// extensions, which answer and count for it; ties; the reference counter. Also under TSan.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "TestSupport.h"
-#include "ZELSysTSBOAInternal.h"
-#include "ZELSysTSFindOrCreateMetaObject.h"
-#include "ZELSysTSRefCounterUnknown.h"
-#include "ZELSysTSTIEInternal.h"
+#include "ZELSysTSObjectModeler.h"
 #include "core/ZELSysTSBaseUnknownAccess.h"
 #include "dictionary/DicoStore.h"
 
@@ -20,15 +17,12 @@ namespace {
 
 using Access = ZELSysTSBaseUnknownAccess;
 using Tie = ZELSysTSTIEInternal;
+using Meta = ZELSysTSMetaClass;
 std::atomic<int> g_live{0};   // objects alive now
 std::atomic<int> g_calls{0};  // calls of the creation functions below
 
-// An object of the class `meta`, counted in g_live.
 struct Obj : ZELSysTSBaseUnknown {
-  explicit Obj(ZELSysTSMetaClass* m, unsigned char threadSafe = 1)
-      : ZELSysTSBaseUnknown(threadSafe), meta(m) {
-    ++g_live;
-  }
+  explicit Obj(Meta* m, unsigned char safe = 1) : ZELSysTSBaseUnknown(safe), meta(m) { ++g_live; }
   ~Obj() override { --g_live; }
   // Lets other threads run right after counting: a caller's unlocked work after AddRef races.
   uint32_t AddRef() override {
@@ -36,40 +30,33 @@ struct Obj : ZELSysTSBaseUnknown {
     std::this_thread::yield();
     return count;
   }
-  ZELSysTSMetaClass* GetMetaObject() const override { return meta; }
-  ZELSysTSMetaClass* meta;
+  Meta* GetMetaObject() const override { return meta; }
+  Meta* meta;
 };
 
 // What QueryInterface answers, and *ppv after it (non-null before the call).
 typedef std::pair<HRESULT, void*> Answer;
 Answer Query(ZELSysTSBaseUnknown* object, const _GUID& iid) {
   void* out = &out;
-  const HRESULT result = object->QueryInterface(iid, &out);
-  return {result, out};
+  return {object->QueryInterface(iid, &out), out};  // braces: the call first, then out
 }
-Answer Self(ZELSysTSBaseUnknown* object) {
-  return {S_OK, static_cast<IUnknown*>(object)};
-}
-const Answer kNoInterface{E_NOINTERFACE, nullptr};
+const auto Self = [](ZELSysTSBaseUnknown* o) { return Answer{S_OK, static_cast<IUnknown*>(o)}; };
+using Counts = std::vector<uint32_t>;  // counts returned in turn (braces keep the order)
 
-ZELSysTSMetaClass *g_host, *g_extA, *g_extB, *g_temp;
+Meta *g_host, *g_extA, *g_extB, *g_temp;
 
 // Slow enough for two threads that resolve one chained extension at once to overlap.
-template <ZELSysTSMetaClass** Meta>
+template <Meta** M>
 ZELSysTSBaseUnknown* Create() {
   ++g_calls;
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  return new Obj(*Meta);
+  return new Obj(*M);
 }
-ZELSysTSBaseUnknown* CreateNothing() {
-  ++g_calls;
-  return nullptr;
-}
+const auto CreateNothing = []() -> ZELSysTSBaseUnknown* { return ++g_calls, nullptr; };
 constexpr auto Resolve = &ZELSysTSBOAInternal::CreateBOA;
 
-// A class derived from base (by default ZELSysTSBaseUnknown).
-ZELSysTSMetaClass* Register(const char* name, ZELSysTSTypeOfClass type, const char* extended,
-                            ZELSysTSMetaClass* base = ZELSysTSBaseUnknown::MetaObject()) {
+Meta* Register(const char* name, ZELSysTSTypeOfClass type, const char* extended,
+               Meta* base = ZELSysTSBaseUnknown::MetaObject()) {
   return ZELSysTSFindOrCreateMetaObject(name, type, nullptr, base, extended);
 }
 
@@ -86,8 +73,7 @@ class ObjectCore : public ::testing::Test {
   zeltest::DictionaryPath dictionary_;  // empty: lookups find nothing and print nothing
 };
 
-// The creator that the store holds for Host's IPrint: notes the lock count and the flag it saw,
-// and answers with the object itself when g_answer is set.
+// Host's IPrint creator in the store: notes the lock count and flag it saw; answers if g_answer.
 int32_t g_locksInside = -1;
 unsigned char g_flag = 0xFF;
 bool g_answer = false;
@@ -99,89 +85,68 @@ IUnknown* PrintCreator(ZELSysTSBaseUnknown* object, unsigned char threadSafe) {
 
 TEST_F(ObjectCore, QueryInterfaceAnswersItselfOrAsksTheCreatorUnderTheLock) {
   const _GUID iidPrint = {0x21, 0, 0, {1, 2, 3, 4, 5, 6, 7, 8}};
-  DicoEntry* entry =
-      DicoStore::InsertByNames("Host", "IPrint", "AnyLib", nullptr, nullptr, nullptr, nullptr);
-  DicoStore::InsertByGuids(g_host->GetClassId(), &iidPrint, reinterpret_cast<void*>(&PrintCreator),
-                           entry);
+  DicoStore::InsertByGuids(
+      g_host->GetClassId(), &iidPrint, reinterpret_cast<void*>(&PrintCreator),
+      DicoStore::InsertByNames("Host", "IPrint", "AnyLib", nullptr, nullptr, nullptr, nullptr));
   for (unsigned char threadSafe : {1, 0}) {
     SCOPED_TRACE(static_cast<int>(threadSafe));
     auto* object = new Obj(g_host, threadSafe);
     EXPECT_EQ(object->AddRef(), 2u);
-    EXPECT_EQ(Query(object, ZELSysTSIID_IUnknown), Self(object));
-    EXPECT_EQ(Query(object, CLSID_ZELSysTSBaseUnknown), Self(object));
+    for (const _GUID* iid : {&ZELSysTSIID_IUnknown, &CLSID_ZELSysTSBaseUnknown})
+      EXPECT_EQ(Query(object, *iid), Self(object));
     EXPECT_EQ(object->QueryInterface(ZELSysTSIID_IUnknown, nullptr), E_UNEXPECTED);
     // A creator that makes nothing: *ppv is null and the count is as it was.
     g_answer = false;
-    EXPECT_EQ(Query(object, iidPrint), kNoInterface);
+    EXPECT_EQ(Query(object, iidPrint), Answer(E_NOINTERFACE, nullptr));
     EXPECT_EQ(Access::Count(object), 4u);
-    // The creator runs under the object's lock (when it has one) and gets its flag; the
-    // reference is counted on the object.
+    // The creator runs under the object's lock (if it has one) with its flag; the object counts.
     g_answer = true;
     EXPECT_EQ(Query(object, iidPrint), Self(object));
-    EXPECT_EQ(g_flag, threadSafe);
-    EXPECT_EQ(g_locksInside, threadSafe);
-    for (uint32_t left = 4; left > 0; --left) EXPECT_EQ(object->Release(), left);
-    EXPECT_EQ(object->Release(), 0u);
+    EXPECT_TRUE(g_flag == threadSafe && g_locksInside == threadSafe);
+    for (uint32_t left = 5; left-- > 0;) EXPECT_EQ(object->Release(), left);
   }
 }
 
 TEST_F(ObjectCore, ObjectItselfImplementsItsClassAndItsBases) {
-  ZELSysTSMetaClass* derived = Register("Derived", ZELSysTSTypeImplementation, nullptr, g_host);
-  Obj object(derived);
-  Obj bare(nullptr);
-  for (ZELSysTSMetaClass* meta : {derived, g_host, ZELSysTSBaseUnknown::MetaObject()}) {
+  Meta* derived = Register("Derived", ZELSysTSTypeImplementation, nullptr, g_host);
+  Obj object(derived), bare(nullptr);
+  for (Meta* meta : {derived, g_host, ZELSysTSBaseUnknown::MetaObject()})
     EXPECT_EQ(Resolve(&object, meta, &Create<&g_host>), &object);
-  }
-  EXPECT_EQ(Resolve(&object, Register("Other", ZELSysTSTypeImplementation, nullptr), nullptr),
-            nullptr);
-  EXPECT_EQ(Resolve(&bare, g_host, &Create<&g_host>), nullptr);
-  EXPECT_EQ(Resolve(nullptr, g_extA, &Create<&g_extA>), nullptr);
-  EXPECT_EQ(g_calls, 0);
+  EXPECT_FALSE(Resolve(&object, Register("Other", ZELSysTSTypeImplementation, nullptr), nullptr));
+  EXPECT_TRUE(!Resolve(&bare, g_host, &Create<&g_host>) &&
+              !Resolve(nullptr, g_extA, &Create<&g_extA>) && g_calls == 0);
   ZELSysTSBaseUnknown* impl = &bare;
-  EXPECT_EQ(Tie::Tie_Construct(&object, g_host, nullptr, impl), S_OK);
-  EXPECT_EQ(impl, &object);
-  EXPECT_EQ(Tie::Tie_Construct(nullptr, g_host, nullptr, impl), E_FAIL);
-  EXPECT_EQ(impl, nullptr);
+  EXPECT_TRUE(Tie::Tie_Construct(&object, g_host, nullptr, impl) == S_OK && impl == &object);
+  EXPECT_TRUE(Tie::Tie_Construct(nullptr, g_host, nullptr, impl) == E_FAIL && impl == nullptr);
 }
 
 TEST_F(ObjectCore, ChainedExtensionsAreMadeOnceCountForTheObjectAndDieWithIt) {
   auto* object = new Obj(g_host);
   // A create() that makes nothing leaves the chain as it was; the next request tries again.
-  EXPECT_EQ(Resolve(object, g_extA, &CreateNothing), nullptr);
+  EXPECT_EQ(Resolve(object, g_extA, CreateNothing), nullptr);
   ZELSysTSBaseUnknown* a = Resolve(object, g_extA, &Create<&g_extA>);
   ZELSysTSBaseUnknown* b = Resolve(object, g_extB, &Create<&g_extB>);
-  ASSERT_NE(a, nullptr);
-  EXPECT_NE(a, b);
+  ASSERT_TRUE(a != nullptr && a != b);
   EXPECT_EQ(Resolve(object, g_extA, &Create<&g_extA>), a);
-  EXPECT_EQ(Resolve(object, g_extB, &Create<&g_extB>), b);
-  EXPECT_EQ(g_calls, 3);
+  EXPECT_TRUE(Resolve(object, g_extB, &Create<&g_extB>) == b && g_calls == 3);
   // An extension answers for its object, and its references are the object's.
   EXPECT_EQ(Query(a, ZELSysTSIID_IUnknown), Self(object));
-  EXPECT_EQ(b->AddRef(), 3u);
-  EXPECT_EQ(a->Release(), 2u);
-  EXPECT_EQ(b->Release(), 1u);
+  EXPECT_EQ((Counts{b->AddRef(), a->Release(), b->Release()}), (Counts{3, 2, 1}));
   EXPECT_EQ(g_live, 3);
-  // The last reference, given back through an extension, takes the object and its chain.
-  EXPECT_EQ(a->Release(), 0u);
+  EXPECT_EQ(a->Release(), 0u);  // the last, through an extension: takes the object and its chain
 }
 
 TEST_F(ObjectCore, TransientExtensionIsNewEachTimeAndEachReferenceHoldsTheObject) {
   auto* object = new Obj(g_host);
   ZELSysTSBaseUnknown* temp = Resolve(object, g_temp, &Create<&g_temp>);
   ZELSysTSBaseUnknown* other = Resolve(object, g_temp, &Create<&g_temp>);
-  ASSERT_NE(temp, nullptr);
-  EXPECT_NE(temp, other);
-  EXPECT_EQ(Resolve(object, g_temp, &CreateNothing), nullptr);
+  ASSERT_TRUE(temp != nullptr && temp != other);
+  EXPECT_EQ(Resolve(object, g_temp, CreateNothing), nullptr);
   // As after two QueryInterface calls: each transient's reference holds one on the object.
-  object->AddRef();
-  object->AddRef();
-  EXPECT_EQ(other->Release(), 0u);
-  EXPECT_EQ(Query(temp, ZELSysTSIID_IUnknown), Self(object));
-  EXPECT_EQ(temp->AddRef(), 2u);
-  EXPECT_EQ(Access::Count(object), 4u);
-  EXPECT_EQ(temp->Release(), 1u);
-  EXPECT_EQ(object->Release(), 2u);
-  EXPECT_EQ(object->Release(), 1u);
+  for (int i = 0; i < 2; ++i) object->AddRef();
+  EXPECT_TRUE(other->Release() == 0u && Query(temp, ZELSysTSIID_IUnknown) == Self(object));
+  EXPECT_EQ((Counts{temp->AddRef(), Access::Count(object)}), (Counts{2, 4}));
+  EXPECT_EQ((Counts{temp->Release(), object->Release(), object->Release()}), (Counts{1, 2, 1}));
   EXPECT_EQ(g_live, 2);
   EXPECT_EQ(temp->Release(), 0u);  // the transient's last reference held the object's last
 
@@ -197,15 +162,10 @@ TEST_F(ObjectCore, RacingFirstResolutionsMakeOneChainedExtensionWhileCountsMove)
     std::atomic<int> resolved{0};
     // A third thread counts references meanwhile: that must not read the chain being appended.
     zeltest::RunTogether(3, [&](int i) {
-      if (i == 2) {
-        while (resolved < 2) object->AddRef(), object->Release();
-        return;
-      }
-      results[i] = Resolve(object, g_extA, &Create<&g_extA>);
-      ++resolved;
+      if (i < 2) results[i] = Resolve(object, g_extA, &Create<&g_extA>), ++resolved;
+      while (i == 2 && resolved < 2) object->AddRef(), object->Release();
     });
-    EXPECT_EQ(results[0], results[1]);
-    EXPECT_EQ(g_calls, 1);
+    EXPECT_TRUE(results[0] == results[1] && g_calls == 1);
     object->Release();
   }
 }
@@ -222,20 +182,15 @@ TEST_F(ObjectCore, SharedTieKeepsBothCountsAndItsObjectDiesUnlocked) {
     for (int i = 0; i < 500; ++i) {
       Tie::Tie_AddRef(tieCount, tied);
       unsigned char last = 1;
-      EXPECT_GE(Tie::Tie_Release(tieCount, tied, last), 1);
-      EXPECT_EQ(last, 0);
+      EXPECT_TRUE(Tie::Tie_Release(tieCount, tied, last) >= 1 && last == 0);
     }
   });
-  EXPECT_EQ(tieCount, 1);
-  EXPECT_EQ(Access::Count(object), 1u);
+  EXPECT_EQ(std::make_pair(tieCount, Access::Count(object)), std::make_pair(1, 1u));
   object->Lock();
-  EXPECT_EQ(Tie::Tie_Release(tieCount, tied, mustDelete), 0);
-  EXPECT_EQ(mustDelete, 1);
-  EXPECT_EQ(tied, nullptr);
+  EXPECT_TRUE(Tie::Tie_Release(tieCount, tied, mustDelete) == 0 && mustDelete == 1 && !tied);
 }
 
-class Counted : public ZELSysTSRefCounterUnknown {
- public:
+struct Counted : ZELSysTSRefCounterUnknown {
   ~Counted() override { ++g_calls; }
 };
 
@@ -246,8 +201,7 @@ TEST(RefCounterUnknown, ExactlyTheReleaseThatReachesZeroDeletes) {
     for (uint32_t i = 2; i <= 4; ++i) EXPECT_EQ(counted->AddRef(), i);
     std::atomic<int> zeros{0};
     zeltest::RunTogether(4, [&](int) { zeros += counted->Release() == 0 ? 1 : 0; });
-    ASSERT_EQ(g_calls, 1);
-    ASSERT_EQ(zeros, 1);
+    ASSERT_EQ(std::make_pair(g_calls.load(), zeros.load()), std::make_pair(1, 1));
   }
 }
 

@@ -1,6 +1,5 @@
-// The store (insert-or-merge, pairs in one chain, Register, no memory), each case with the indexes
-// and again with indexes that gave up (slot arrays refused) so that finds walk the chains; and the
-// identifier tables: IID <-> interface name one-to-one, CLSID -> class name and library.
+// The store (insert-or-merge, pairs in one chain, Register, no memory), with indexes and with
+// indexes given up (finds walk chains); IID <-> interface name 1:1, CLSID -> class and library.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -22,13 +21,11 @@ const _GUID kCls = {0x11111111, 0x2222, 0x3333, {0x44, 0x55, 0x66, 0x77, 0x88, 0
 // Byte 0 set to 2, byte 1 set to 1: (kCls, kItf1) and (kCls, kItf2) share a GUID chain.
 const _GUID kItf1 = {0x02, 0, 0, {}}, kItf2 = {0x0100, 0, 0, {}};
 
-// Index slot arrays (1024 bytes or more) are granted while g_large_ok; records and nodes while
-// g_small_left > 0.
+// Slot arrays (1024 bytes or more) are granted while g_large_ok, the rest while g_small_left > 0.
 bool g_large_ok = true;
 int g_small_left = INT_MAX;
 void* Allocate(size_t size) {
-  if (size >= 1024 ? !g_large_ok : g_small_left-- <= 0) return nullptr;
-  return std::calloc(1, size);
+  return (size >= 1024 ? !g_large_ok : g_small_left-- <= 0) ? nullptr : std::calloc(1, size);
 }
 
 class DicoStoreTest : public ::testing::TestWithParam<bool> {
@@ -96,8 +93,7 @@ TEST_P(DicoStoreTest, NameInsertsFillOnlyEmptyFieldsAndRefuseConflicts) {
 TEST_P(DicoStoreTest, NamesInOneChainAreComparedWhole) {
   const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";  // a long common prefix
   ASSERT_EQ(DicoStore::NameBucket("Car", seat), DicoStore::NameBucket("Car", tcbt));
-  DicoEntry* first = Names("Car", seat, "SeatImpl");
-  DicoEntry* second = Names("Car", tcbt, "TcbtImpl");
+  DicoEntry *first = Names("Car", seat, "SeatImpl"), *second = Names("Car", tcbt, "TcbtImpl");
   ASSERT_TRUE(first != nullptr && second != nullptr && first != second);
   EXPECT_EQ(first, DicoStore::FindByNames("Car", seat));
   EXPECT_EQ(second, DicoStore::FindByNames("Car", tcbt));
@@ -107,32 +103,28 @@ TEST_P(DicoStoreTest, NamesInOneChainAreComparedWhole) {
 // creator and the record that holds the pair.
 TEST_P(DicoStoreTest, GuidInsertsMatchBothIdentifiersAndTheCreator) {
   ASSERT_EQ(DicoStore::GuidBucket(&kCls, &kItf1), DicoStore::GuidBucket(&kCls, &kItf2));
-  DicoEntry* one = Guids(kCls, kItf1, kFnA);
-  DicoEntry* two = Guids(kCls, kItf2, kFnB);
+  DicoEntry *one = Guids(kCls, kItf1, kFnA), *two = Guids(kCls, kItf2, kFnB);
   ASSERT_TRUE(one != nullptr && two != nullptr && one != two);
   EXPECT_EQ(two, DicoStore::FindByGuids(&kCls, &kItf2));
   EXPECT_EQ(nullptr, DicoStore::FindByGuids(&kItf1, &kCls));  // swapped: the same chain
   DicoEntry* named = Names("Boat", "ISail");
-  EXPECT_EQ(one, Guids(kCls, kItf1, kFnA));
-  EXPECT_EQ(one, Guids(kCls, kItf1, kFnA, one));
+  EXPECT_TRUE(Guids(kCls, kItf1, kFnA) == one && Guids(kCls, kItf1, kFnA, one) == one);
   EXPECT_EQ(kMessage + kMessage + kMessage, zeltest::StderrOf([&] {
               EXPECT_EQ(nullptr, Guids(kCls, kItf1, kFnB));
               EXPECT_EQ(nullptr, Guids(kCls, kItf1, kFnA, named));  // the pair is one's
               EXPECT_EQ(nullptr, Guids(kItf2, kCls, kFnA, one));    // one holds other GUIDs
               EXPECT_EQ(nullptr, Guids(kItf2, kCls, nullptr));      // no creator: silent
             }));
-  EXPECT_EQ(kFnA, one->Creator());
-  EXPECT_TRUE(named->class_id == nullptr && DicoStore::FindByGuids(&kItf2, &kCls) == nullptr);
+  EXPECT_TRUE(one->Creator() == kFnA && !named->class_id && !DicoStore::FindByGuids(&kItf2, &kCls));
 }
 
 TEST_P(DicoStoreTest, RegisterMakesOneRecordReachableByNamesAndGuids) {
   DicoEntry* line = Names("Car", "ICar", "libCarImpl");  // as a dictionary line makes it
   EXPECT_EQ(line, DicoStore::Register(&kCls, &kItf1, "Car", "ICar", nullptr, kFnA));
-  EXPECT_EQ(line, DicoStore::FindByGuids(&kCls, &kItf1));
-  EXPECT_EQ("CarImpl|||A", Fields(line));
+  EXPECT_TRUE(DicoStore::FindByGuids(&kCls, &kItf1) == line && Fields(line) == "CarImpl|||A");
   DicoEntry* bus = DicoStore::Register(&kCls, &kItf2, "Bus", "IBus", "libBusImpl", kFnB);
-  EXPECT_TRUE(bus != nullptr && bus == DicoStore::FindByNames("Bus", "IBus"));
-  EXPECT_EQ(bus, DicoStore::FindByGuids(&kCls, &kItf2));
+  EXPECT_TRUE(bus != nullptr && bus == DicoStore::FindByNames("Bus", "IBus") &&
+              bus == DicoStore::FindByGuids(&kCls, &kItf2));
   // A given record is not linked under another class's names.
   EXPECT_EQ(kMessage, zeltest::StderrOf([&] { Names("Tram", "ICar", 0, 0, 0, line); }));
   EXPECT_EQ(nullptr, DicoStore::FindByNames("Tram", "ICar"));
@@ -158,23 +150,20 @@ TEST_P(DicoStoreTest, AnInsertWithoutMemoryChangesNothing) {
     EXPECT_EQ(nullptr, Guids(kCls, kItf1, kFnA, rec));        // a node is all it needs
     EXPECT_EQ(rec, Names("Plane", "IFly", nullptr, "Leaf"));  // a merge needs no memory
   }
-  EXPECT_EQ("PlaneImpl|Leaf||", Fields(rec));
-  EXPECT_EQ(nullptr, rec->class_id);
+  EXPECT_TRUE(Fields(rec) == "PlaneImpl|Leaf||" && rec->class_id == nullptr);
   EXPECT_TRUE(!DicoStore::FindByNames("Jet", "IFly") && !DicoStore::FindByGuids(&kCls, &kItf1));
   g_small_left = INT_MAX;
   EXPECT_NE(nullptr, Names("Jet", "IFly", "JetImpl"));
-  EXPECT_EQ(rec, Guids(kCls, kItf1, kFnA, rec));
-  EXPECT_EQ(rec, DicoStore::FindByGuids(&kCls, &kItf1));
+  EXPECT_TRUE(Guids(kCls, kItf1, kFnA, rec) == rec && DicoStore::FindByGuids(&kCls, &kItf1) == rec);
 }
 
 // Bytes weighted by position from 0 sum to 2 in all three: one IID chain.
 const _GUID kA = {0x0200, 0, 0, {}}, kB = {0x010000, 0, 0, {}}, kC = {0x0201, 0, 0, {}};
 
 TEST_P(DicoStoreTest, IidTableKeepsOneNamePerIidAndOneIidPerNameTheFirstKept) {
-  const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";  // one name chain
-  EXPECT_EQ(1, IidTable::Insert(kA, seat));
-  EXPECT_EQ(1, IidTable::Insert(kA, seat));      // the same pair again
-  EXPECT_EQ(1, IidTable::Insert(kB, tcbt));      // a long common prefix
+  const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";     // one name chain
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(1, IidTable::Insert(kA, seat));  // and the same again
+  EXPECT_EQ(1, IidTable::Insert(kB, tcbt));                              // a long common prefix
   EXPECT_EQ(0, IidTable::Insert(kA, "IOther"));  // the IID under another name
   EXPECT_EQ(0, IidTable::Insert(kC, seat));      // the name with another IID
   EXPECT_STREQ(seat, IidTable::FindName(kA));
@@ -195,15 +184,13 @@ TEST(ClsidTable, AClassPerClsidAndTheLibraryAsFirstWritten) {
       {kB, "Truck", nullptr, true},      {kB, "Truck", "TruckImpl", false},
       {kB, "Car", nullptr, false},       {kC, nullptr, nullptr, false},
   };
-  for (const auto& row : rows) {
-    const ClsidEntry* entry = ClsidTable::Insert(row.clsid, row.cls, row.lib);
-    EXPECT_EQ(row.accepted, entry != nullptr) << &row - rows;
-  }
+  for (const auto& row : rows)
+    EXPECT_EQ(row.accepted, ClsidTable::Insert(row.clsid, row.cls, row.lib) != nullptr)
+        << &row - rows;
   const ClsidEntry *vehicle = ClsidTable::Find(kA), *truck = ClsidTable::Find(kB);
   ASSERT_TRUE(vehicle != nullptr && truck != nullptr);
-  EXPECT_EQ(nullptr, vehicle->library_name);
+  EXPECT_TRUE(vehicle->library_name == nullptr && ClsidTable::Find(kC) == nullptr);
   EXPECT_STREQ("libTruckImpl", truck->library_name);
-  EXPECT_EQ(nullptr, ClsidTable::Find(kC));
 }
 
 }  // namespace

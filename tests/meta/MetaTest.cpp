@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "TestSupport.h"
-#include "ZELSysTSBaseUnknown.h"
-#include "ZELSysTSFindOrCreateMetaObject.h"
+#include "ZELSysTSObjectModeler.h"
 #include "dictionary/DicoStore.h"
 #include "dictionaryfiles/DicoLoader.h"
 #include "meta/ZELSysTSMetaClassExt.h"
@@ -26,23 +25,21 @@ ZELSysTSMetaClass* Reg(const char* name, int kind, const _GUID* id = nullptr,
                                         extended);
 }
 
-ZELSysTSMetaClassExt* ExtensionOf(ZELSysTSMetaClass* meta) {
+const auto ExtensionOf = [](ZELSysTSMetaClass* meta) {
   return static_cast<ZELSysTSMetaClassBase*>(meta)->GetExtensionMetaClass();
-}
+};
 
 TEST(MetaClass, IsAKindOfWalksTheBaseChainByNameAndIdentifier) {
   ZELSysTSMetaClassBase root(&kRootId, "Root", nullptr);
   ZELSysTSMetaClassExt leaf(&kLeafId, "Leaf", &root, ZELSysTSTypeTransientExtension);
-  EXPECT_EQ(leaf.IsAKindOf(std::string("Root").c_str()), 1);  // compared by content
-  EXPECT_EQ(leaf.IsAKindOf("Lea"), 0);
-  _GUID id = kRootId;  // a copy: compared by content
-  EXPECT_EQ(leaf.IsAKindOf(&id), 1);
-  id.Data4[7] ^= 0x80;  // every byte counts, the last one included
-  EXPECT_EQ(leaf.IsAKindOf(&id), 0);
+  _GUID id = kRootId, other = kRootId;  // copies: compared by content
+  other.Data4[7] ^= 0x80;               // every byte counts, the last one included
+  EXPECT_EQ((std::vector<int>{leaf.IsAKindOf(std::string("Root").c_str()), leaf.IsAKindOf("Lea"),
+                              leaf.IsAKindOf(&id), leaf.IsAKindOf(&other)}),
+            (std::vector<int>{1, 0, 1, 0}));
 }
 
-// IIDs that are equal but for one of their four 32-bit words (the second one is Data2 and
-// Data3): each lookup must find its own creator.
+// IIDs equal but for one of their four 32-bit words (word 1: Data2, Data3): each finds its own.
 TEST(InterfaceTable, EachIidFindsItsOwnCreatorWhicheverWordTellsThemApart) {
   const std::vector<_GUID> iids = {
       {0x1BA00001, 0x2222, 0x4000, {0x90, 0, 0, 0, 0, 0, 0, 1}},
@@ -57,11 +54,8 @@ TEST(InterfaceTable, EachIidFindsItsOwnCreatorWhicheverWordTellsThemApart) {
   auto creator = [](size_t i) { return reinterpret_cast<ZELSysTSInterfaceCreator>(&creators[i]); };
   ZELSysTSMetaClassImpl meta(&kRootId, "Table", nullptr);
   for (size_t i = 0; i < iids.size(); ++i) meta.RecordInterface(iids[i], creator(i));
-  for (size_t i = 0; i < iids.size(); ++i)
-    EXPECT_EQ(meta.LookupInterface(iids[i]), creator(i)) << i;
-  _GUID absent = iids[0];
-  absent.Data4[7] = 2;
-  EXPECT_EQ(meta.LookupInterface(absent), nullptr);
+  for (size_t i = 0; i < iids.size(); ++i) EXPECT_EQ(meta.LookupInterface(iids[i]), creator(i));
+  EXPECT_FALSE(meta.LookupInterface({0x1BA00001, 0x2222, 0x4000, {0x90, 0, 0, 0, 0, 0, 0, 2}}));
 }
 
 TEST(MetaObjectRegistration, KindChoosesTheMetaClassAndTheFirstRegistrationWins) {
@@ -77,8 +71,7 @@ TEST(MetaObjectRegistration, KindChoosesTheMetaClassAndTheFirstRegistrationWins)
     EXPECT_EQ(ext != nullptr ? ext->GetTypeOfClass() : -1, built == 'E' ? kind : -1);
     EXPECT_EQ(DicoStore::LookupByGuids(meta->GetClassId(), &CLSID_ZELSysTSMetaClass, 0)->Creator(),
               static_cast<void*>(meta));
-    // A later registration of the name gets the same object, whatever it asks for.
-    EXPECT_EQ(Reg(name.c_str(), built == 'E' ? 1 : 4, &kFooId), meta);
+    EXPECT_EQ(Reg(name.c_str(), built == 'E' ? 1 : 4, &kFooId), meta);  // whatever it asks for
   }
   EXPECT_FALSE(DicoLoader::IsLoaded());
 }
@@ -87,9 +80,7 @@ TEST(MetaObjectRegistration, GeneratedIdentifiersCountFromOneAndZELNullIsRefused
   auto generated = [](uint32_t n) { return _GUID{n, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}}; };
   EXPECT_EQ(*Reg("Gen1", 0)->GetClassId(), generated(1));
   EXPECT_EQ(*Reg("Given", 1, &kFooId)->GetClassId(), kFooId);
-  EXPECT_EQ(Reg(nullptr, 0), nullptr);
-  EXPECT_EQ(Reg("ZELNull", 1), nullptr);
-  EXPECT_EQ(DicoStore::FindMetaObject("ZELNull"), nullptr);
+  EXPECT_TRUE(!Reg(nullptr, 0) && !Reg("ZELNull", 1) && !DicoStore::FindMetaObject("ZELNull"));
   // A near miss is an ordinary name, and ZELNull took no identifier.
   EXPECT_EQ(*Reg("ZELNullX", 0)->GetClassId(), generated(2));
 }
@@ -118,9 +109,8 @@ TEST(MetaObjectRegistration, ExtensionRegisteredAgainAddsTheClassItExtends) {
   ZELSysTSMetaClass* ext = Reg("RegExt", 4, nullptr, "ClassOne");
   EXPECT_EQ(Reg("RegExt", 5, nullptr, "ClassTwo"), ext);
   EXPECT_EQ(ExtensionOf(ext)->GetTypeOfClass(), ZELSysTSTypeChainedExtension);
-  EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg("ClassOne", 1)), 1);
-  EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg("ClassTwo", 1)), 1);
-  EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg("ClassThree", 1)), 0);
+  for (auto [name, extends] : {std::pair{"ClassOne", 1}, {"ClassTwo", 1}, {"ClassThree", 0}})
+    EXPECT_EQ(ExtensionOf(ext)->IsExtending(Reg(name, 1)), extends) << name;
 }
 
 // A meta class written by a client: its own effective meta object, with the base it is given.
@@ -147,9 +137,8 @@ TEST(MetaClass, AMetaClassWrittenElsewhereIsNeverTakenForTheLibrarysOwn) {
   ZELSysTSMetaClass* derived = Reg("OverForeign", 1, &kFooId, nullptr, &foreign);
   foreign.base = derived;
   EXPECT_EQ(EffectiveMetaOf(&foreign), nullptr);
-  EXPECT_EQ(derived->IsAKindOf("Elsewhere"), 0);
-  EXPECT_EQ(derived->IsAKindOf(&kRootId), 0);
-  EXPECT_EQ(foreign.ZELSysTSMetaClass::IsAKindOf(Reg("Unrelated", 0)), 0);
+  EXPECT_FALSE(derived->IsAKindOf("Elsewhere") || derived->IsAKindOf(&kRootId) ||
+               foreign.ZELSysTSMetaClass::IsAKindOf(Reg("Unrelated", 0)));
   EXPECT_EQ(EffectiveMetaOf(derived)->FindInterfaceCreator(kRootId), nullptr);
   ForeignObject object;
   void* out = &object;
@@ -157,8 +146,7 @@ TEST(MetaClass, AMetaClassWrittenElsewhereIsNeverTakenForTheLibrarysOwn) {
   EXPECT_EQ(object.QueryInterface(kRootId, &out), E_NOINTERFACE);
   object.meta = derived;
   EXPECT_EQ(object.QueryInterface(kRootId, &out), E_NOINTERFACE);
-  EXPECT_EQ(object.AddRef(), 2u);
-  EXPECT_EQ(object.Release(), 1u);
+  EXPECT_TRUE(object.AddRef() == 2u && object.Release() == 1u);
 }
 
 }  // namespace

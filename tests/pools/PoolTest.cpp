@@ -34,8 +34,7 @@ TEST(PoolTest, EqualContentGivesOnePointerAndNullGivesNull) {
   const auto pooled = InternTwice(text, guid);
   text[0] = 'X';  // the caller's copies change, the pooled ones do not
   guid.Data4[7] = 9;
-  EXPECT_STREQ(pooled.first, "IVehicle");
-  EXPECT_EQ(*pooled.second, kGuid);
+  EXPECT_TRUE(pooled.first && std::string(pooled.first) == "IVehicle" && *pooled.second == kGuid);
   const auto other = InternTwice(text, guid);
   EXPECT_TRUE(other.first != pooled.first && other.second != pooled.second);
   EXPECT_EQ(StringPool::Intern(std::string(StringPool::kChunkBytes, 'y').c_str()), nullptr);
@@ -69,9 +68,7 @@ TEST(PoolTest, AFailedAllocationStoresNothingAndALaterCallSucceeds) {
 // 32 bytes), never a GUID, a node or a chunk. An index that is refused gives up for good.
 int g_refused = 0;
 void* NoGrowingArrays(size_t size) {
-  if (size < 32 || (size & (size - 1)) != 0) return std::malloc(size);
-  ++g_refused;
-  return nullptr;
+  return size < 32 || (size & (size - 1)) != 0 ? std::malloc(size) : (++g_refused, nullptr);
 }
 
 TEST(PoolTest, WhenTheIndexAndMirrorsCannotGrowTheChainsAreWalked) {

@@ -2,13 +2,12 @@
 
 #include <unistd.h>
 
-#include <condition_variable>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -68,20 +67,12 @@ std::string StderrOf(const std::function<void()>& body) {
 }
 
 void RunTogether(int threads, const std::function<void(int)>& body) {
-  std::mutex mutex;
-  std::condition_variable all_started;
-  int waiting = 0;
+  std::atomic<int> starting{threads};
   std::vector<std::thread> pool;
   for (int i = 0; i < threads; ++i) {
     pool.emplace_back([&, i] {
-      {
-        std::unique_lock<std::mutex> lock(mutex);
-        if (++waiting == threads) {
-          all_started.notify_all();
-        } else {
-          all_started.wait(lock, [&] { return waiting == threads; });
-        }
-      }
+      starting.fetch_sub(1);
+      while (starting.load() > 0) std::this_thread::yield();  // until every thread has started
       body(i);
     });
   }

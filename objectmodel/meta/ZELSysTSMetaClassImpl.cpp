@@ -53,6 +53,9 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::AbsentMarker() {
 // Lookups and recordings lock the table separately; the search in between runs unlocked, so
 // that a library loaded by it may register meta objects and query other objects.
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInterfaceCreator(const _GUID& iid) {
+  // The answer recorded before, on the path of every repeated QueryInterface.
+  const ZELSysTSInterfaceCreator known = LookupInterface(iid);
+  if (known != nullptr) return known == AbsentMarker() ? nullptr : known;
   bool lacked = false;
   return ResolveInterface(iid, lacked);
 }
@@ -93,17 +96,19 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::LookupInterface(const _GUID& iid
   if (itf_count == 0) return nullptr;
   // A binary search in IID order, written out rather than through bsearch so that the
   // comparison is inlined: this lookup is the hottest path of the library.
+  // The words of ZELSysTSCompareIid's order, read as plain loads: the machine is little-endian.
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "IID words are little-endian loads");
   uint32_t key[4];
-  for (int k = 0; k < 4; ++k) key[k] = ZELSysTSGuidWord(iid, k);
+  std::memcpy(key, &iid, sizeof key);
   uint32_t lo = 0;
   uint32_t hi = itf_count;
   while (lo < hi) {
     const uint32_t mid = lo + (hi - lo) / 2;
-    const _GUID& entry = *itf_table[mid].iid;
+    uint32_t words[4];
+    std::memcpy(words, itf_table[mid].iid, sizeof words);
     int order = 0;
     for (int k = 0; k < 4 && order == 0; ++k) {
-      const uint32_t word = ZELSysTSGuidWord(entry, k);
-      order = word < key[k] ? -1 : (word > key[k] ? 1 : 0);
+      order = words[k] < key[k] ? -1 : (words[k] > key[k] ? 1 : 0);
     }
     if (order == 0) return itf_table[mid].creator;
     if (order < 0) {

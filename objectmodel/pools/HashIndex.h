@@ -10,8 +10,9 @@
 // walks the chains again: nothing is lost.
 //
 // Thread safety: Add runs under the lock of the table that owns it; Find under that lock too, or
-// (IndexReaders::kLockFree) without a lock, concurrently with Add. It is constant-initialized, so it can sit in static storage and be used during any library's static
-// initialisation; its memory lives until the process ends.
+// (IndexReaders::kLockFree) without a lock, concurrently with Add. It is constant-initialized, so
+// it can sit in static storage and be used during any library's static initialisation; its memory
+// lives until the process ends.
 #pragma once
 
 #include <atomic>

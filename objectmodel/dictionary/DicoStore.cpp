@@ -23,6 +23,7 @@
 #include "pools/HashIndex.h"
 #include "pools/StringPool.h"
 #include "util/LockOrder.h"
+#include "util/Observer.h"
 #include "util/OnceFlag.h"
 #include "util/ScopedLock.h"
 #include "util/ThreadAnnotations.h"
@@ -57,8 +58,15 @@ constexpr char kInsertFailed[] = "Problem allocating structure dico\n";
 
 // Through stdio like every other message of the system, so that the lines keep their order
 // whatever buffering a client gives stderr; the stream's own lock keeps one line whole.
+// An observer is told the same bytes; the message carries no file or line, it belongs to the
+// line being read when the insert came from a dictionary file.
 void ReportInsertFailure() {
   std::fputs(kInsertFailed, stderr);
+  if (zelsysts::Observed()) {
+    zelsysts::Observation observation{zelsysts::Step::kMessage};
+    observation.text[0] = kInsertFailed;
+    zelsysts::Observe(observation);
+  }
 }
 
 // 1*b[0] + 2*b[1] + ... over signed bytes, wrapping in 32 bits.

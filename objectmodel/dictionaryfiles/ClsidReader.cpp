@@ -3,11 +3,31 @@
 
 #include "ZELSysTSConvertStringToGUID.h"
 #include "dictionary/ClsidTable.h"
+#include "dictionaryfiles/DictionaryMessages.h"
 #include "dictionaryfiles/DictionaryReaders.h"
+#include "util/Observer.h"
+
+namespace {
+
+// Tells an observer what became of the line's class (outcome: zelsysts::kRecord*).
+void ObserveRecord(const char* clsidText, const char* className, const char* library,
+                   const _GUID& clsid, const char* path, int line, long outcome) {
+  zelsysts::Observation observation{zelsysts::Step::kClsidRecord};
+  observation.file = path;
+  observation.line = line;
+  observation.text[0] = clsidText;
+  observation.text[1] = className;
+  observation.text[2] = library;
+  observation.guid[0] = &clsid;
+  observation.value = outcome;
+  zelsysts::Observe(observation);
+}
+
+}  // namespace
 
 HRESULT ZELSysTSClsidReader::ProcessLine(char* fields[5], int count, const char* path, int line) {
   if (count != 2 && count != 3) {
-    std::fprintf(stderr, "Problem reading dico name %s line %d\n", path, line);
+    WriteDictionaryMessage(path, line, "Problem reading dico name %s line %d\n", path, line);
     return E_FAIL;
   }
   const char* clsidText = fields[0];
@@ -15,16 +35,25 @@ HRESULT ZELSysTSClsidReader::ProcessLine(char* fields[5], int count, const char*
   const char* library = count == 3 ? fields[2] : nullptr;
   _GUID clsid;
   if (ZELSysTSConvertStringToGUID(clsidText, clsid) != 0) {
-    std::fprintf(stderr, "Problem converting CLSID in %s line %d\n", path, line);
+    WriteDictionaryMessage(path, line, "Problem converting CLSID in %s line %d\n", path, line);
     return E_FAIL;
   }
   bool outOfMemory = false;
-  if (ClsidTable::Insert(clsid, className, library, &outOfMemory) != nullptr) return S_OK;
+  const bool observed = zelsysts::Observed();
+  const bool known = observed && ClsidTable::Find(clsid) != nullptr;
+  const ClsidEntry* entry = ClsidTable::Insert(clsid, className, library, &outOfMemory);
+  if (observed) {
+    ObserveRecord(clsidText, className, library, clsid, path, line,
+                  entry != nullptr ? (known ? zelsysts::kRecordSame : zelsysts::kRecordAdded)
+                  : outOfMemory    ? zelsysts::kRecordOutOfMemory
+                                   : zelsysts::kRecordConflict);
+  }
+  if (entry != nullptr) return S_OK;
   if (outOfMemory) return E_OUTOFMEMORY;  // not a conflict: nothing to report
 
-  std::fprintf(stderr, "Error in dictionary %s line %d\n", path, line);
+  WriteDictionaryMessage(path, line, "Error in dictionary %s line %d\n", path, line);
   // A two-field line has no library; it is shown as "(null)".
-  std::fprintf(stderr, "Can not add class '%s %s %s'\n", className, clsidText,
-               library != nullptr ? library : "(null)");
+  WriteDictionaryMessage(path, line, "Can not add class '%s %s %s'\n", className, clsidText,
+                         library != nullptr ? library : "(null)");
   return E_FAIL;
 }

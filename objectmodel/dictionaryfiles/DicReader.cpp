@@ -5,13 +5,37 @@
 #include <cstring>
 
 #include "dictionary/DicoStore.h"
+#include "dictionaryfiles/DictionaryMessages.h"
 #include "dictionaryfiles/DictionaryReaders.h"
+#include "util/Observer.h"
 
 namespace {
 
 HRESULT RejectDicLine(const char* path, int line) {
-  std::fprintf(stderr, "Problem reading dico : %s line %d\n", path, line);
+  WriteDictionaryMessage(path, line, "Problem reading dico : %s line %d\n", path, line);
   return E_FAIL;
+}
+
+// Tells an observer what became of the line's record. found: the record of the pair before the
+// insert; entry: the insert's result. Caller holds the dictionary lock (the loader's).
+void ObserveRecord(char* fields[5], const char* leaf, const char* extendedBy, const char* path,
+                   int line, const DicoEntry* found, const DicoEntry* entry, bool outOfMemory) {
+  zelsysts::Observation observation{zelsysts::Step::kDictsRecord};
+  observation.file = path;
+  observation.line = line;
+  observation.text[0] = fields[0];
+  observation.text[1] = fields[1];
+  // A successful insert agrees with the line: the record holds its library, as resolution
+  // will name it.
+  observation.text[2] = entry != nullptr ? entry->library_name : fields[2];
+  observation.text[3] = leaf != nullptr ? leaf : extendedBy;
+  observation.value = entry != nullptr
+                          ? (found != nullptr ? zelsysts::kRecordSame : zelsysts::kRecordAdded)
+                      : outOfMemory ? zelsysts::kRecordOutOfMemory
+                                    : zelsysts::kRecordConflict;
+  if (leaf != nullptr) observation.value |= zelsysts::kRecordLeaf;
+  if (extendedBy != nullptr) observation.value |= zelsysts::kRecordExtendedBy;
+  zelsysts::Observe(observation);
 }
 
 }  // namespace
@@ -33,7 +57,10 @@ HRESULT ZELSysTSDicReader::ProcessLine(char* fields[5], int count, const char* p
   }
   // The store reports its own refusals; they do not reject the line.
   bool outOfMemory = false;
-  DicoStore::InsertByNames(fields[0], fields[1], fields[2], leaf, extendedBy, nullptr, nullptr,
-                           &outOfMemory);
+  const bool observed = zelsysts::Observed();
+  const DicoEntry* found = observed ? DicoStore::FindByNames(fields[0], fields[1]) : nullptr;
+  const DicoEntry* entry = DicoStore::InsertByNames(fields[0], fields[1], fields[2], leaf,
+                                                    extendedBy, nullptr, nullptr, &outOfMemory);
+  if (observed) ObserveRecord(fields, leaf, extendedBy, path, line, found, entry, outOfMemory);
   return outOfMemory ? E_OUTOFMEMORY : S_OK;
 }

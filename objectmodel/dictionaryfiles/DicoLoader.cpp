@@ -20,9 +20,11 @@
 #include "ZELSysTSStrtok.h"
 #include "dictionary/DicoStore.h"
 #include "dictionaryfiles/DictionaryFile.h"
+#include "dictionaryfiles/DictionaryMessages.h"
 #include "dictionaryfiles/DictionaryReaders.h"
 #include "dictionaryfiles/SeenFileSet.h"
 #include "util/LockOrder.h"
+#include "util/Observer.h"
 #include "util/OnceFlag.h"
 
 namespace {
@@ -51,6 +53,17 @@ struct Readers {
   }
 };
 
+// Tells an observer of a step of the walk that concerns a directory or a file.
+void ObserveWalk(zelsysts::Step step, const char* file, const char* text0, const char* text1,
+                 long value) {
+  zelsysts::Observation observation{step};
+  observation.file = file;
+  observation.text[0] = text0;
+  observation.text[1] = text1;
+  observation.value = value;
+  zelsysts::Observe(observation);
+}
+
 // Reads the dictionary files of one directory, in alphasort order, skipping names already seen
 // in this walk. A directory that cannot be scanned or holds no dictionary file is passed over
 // in silence. False when memory ran out on the way (a file or the directory may then have been
@@ -60,8 +73,12 @@ bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& read
   struct dirent** list = nullptr;
   errno = 0;
   const int n = scandir(directory, &list, IsDictionaryFile, alphasort);
+  const int scanError = errno;
+  if (zelsysts::Observed()) {
+    ObserveWalk(zelsysts::Step::kDirectory, nullptr, directory, nullptr, n < 0 ? -scanError : n);
+  }
   if (n <= 0) {
-    const bool outOfMemory = n < 0 && errno == ENOMEM;
+    const bool outOfMemory = n < 0 && scanError == ENOMEM;
     std::free(list);
     return !outOfMemory;
   }
@@ -75,6 +92,9 @@ bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& read
     // file of that name would be read.
     const bool seenBefore = complete && seen.TestAndAdd(name) != 0;
     if (complete && seen.OutOfMemory()) complete = false;
+    if (complete && seenBefore && zelsysts::Observed()) {
+      ObserveWalk(zelsysts::Step::kFileHidden, nullptr, directory, name, 0);
+    }
     if (complete && !seenBefore) {
       const size_t nameLength = std::strlen(name);
       char* fullPath = static_cast<char*>(std::malloc(directoryLength + 1 + nameLength + 1));
@@ -85,8 +105,11 @@ bool ReadDirectoryLocked(const char* directory, SeenFileSet& seen, Readers& read
         fullPath[directoryLength] = '/';
         std::memcpy(fullPath + directoryLength + 1, name, nameLength + 1);
         // One file's failure never stops the walk; a lack of memory makes it incomplete.
-        if (ReadDictionaryFile(fullPath, readers.ForKind(DictionaryFileKind(fullPath))) ==
-            E_OUTOFMEMORY) {
+        const int kind = DictionaryFileKind(fullPath);
+        if (zelsysts::Observed()) {
+          ObserveWalk(zelsysts::Step::kFileRead, fullPath, nullptr, nullptr, kind);
+        }
+        if (ReadDictionaryFile(fullPath, readers.ForKind(kind)) == E_OUTOFMEMORY) {
           complete = false;
         }
         std::free(fullPath);
@@ -112,13 +135,15 @@ void DicoLoader::Load() {
     const char* noFallback = std::getenv("ZELDictionaryNoPathNoFallback");
     if (noFallback != nullptr || path == nullptr) {
       // Not loaded: the next call tries again (and says so again).
-      std::fputs("Error in reading dictionaries : ZELDictionaryPath is not defined.\n", stderr);
+      WriteDictionaryMessage(nullptr, 0,
+                             "Error in reading dictionaries : ZELDictionaryPath is not defined.\n");
       return false;
     }
 
     // The tokeniser writes into its text, so it works on a private copy of the path.
     char* pathCopy = strdup(path);
     if (pathCopy == nullptr) return false;  // no memory: stay unloaded, a later call may succeed
+    if (zelsysts::Observed()) ObserveWalk(zelsysts::Step::kWalkBegin, nullptr, path, nullptr, 0);
     bool complete = true;
     {
       SeenFileSet seen;
@@ -135,6 +160,9 @@ void DicoLoader::Load() {
       complete = complete && !seen.OutOfMemory();
     }
     std::free(pathCopy);
+    if (zelsysts::Observed()) {
+      ObserveWalk(zelsysts::Step::kWalkEnd, nullptr, nullptr, nullptr, complete ? 1 : 0);
+    }
     // A walk that lost something for lack of memory is not a load: the next request walks again
     // (a line read twice gives the record it gave the first time).
     return complete;

@@ -15,7 +15,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "dictionaryfiles/DictionaryMessages.h"
 #include "dictionaryfiles/DictionaryReaders.h"
+#include "util/Observer.h"
 
 namespace {
 
@@ -61,9 +63,46 @@ int SplitLine(char* line, char* fields[kMaxFields]) {
 
 void ReportOpenFailure(const char* path) {
   const int error = errno;
-  std::fprintf(stderr, "Error : fopen on %s\n--> ", path);
+  WriteDictionaryMessage(path, 0, "Error : fopen on %s\n--> ", path);
   errno = error;
   std::perror("fopen()");
+  ObserveDictionaryMessage(path, 0, "fopen(): %s\n", std::strerror(error));
+}
+
+// Tells an observer of the line just read into buffer (a regular file's, so that ftell counts
+// the bytes consumed): its bytes up to the first NUL and what the reader cannot tell from them.
+// start: the file position before the read. Returns the position after it.
+long ObserveLine(FILE* file, const char* buffer, long start, const char* path, int lineNumber) {
+  const long end = std::ftell(file);
+  const size_t length = std::strlen(buffer);
+  const size_t consumed = start >= 0 && end >= start ? static_cast<size_t>(end - start) : length;
+  long flags = 0;
+  if (consumed > length) flags |= zelsysts::kLineHasNul;
+  if (consumed == static_cast<size_t>(kLineBufferBytes - 1) && buffer[consumed - 1] != '\n') {
+    flags |= zelsysts::kLineFilledBuffer;
+  }
+  size_t last = length;
+  while (last > 0 && IsSeparator(buffer[last - 1])) --last;
+  if (last > 0 && buffer[last - 1] == '\r') flags |= zelsysts::kLineEndsInCr;
+  zelsysts::Observation observation{zelsysts::Step::kLine};
+  observation.file = path;
+  observation.line = lineNumber;
+  observation.text[0] = buffer;
+  observation.value = flags;
+  zelsysts::Observe(observation);
+  return end;
+}
+
+// Tells an observer how the reading of a file ended.
+HRESULT ObserveFileEnd(const char* path, int lastLine, HRESULT result) {
+  if (zelsysts::Observed()) {
+    zelsysts::Observation observation{zelsysts::Step::kFileEnd};
+    observation.file = path;
+    observation.line = lastLine;
+    observation.value = result;
+    zelsysts::Observe(observation);
+  }
+  return result;
 }
 
 // Opens path for reading without ever blocking (a fifo would block in a plain fopen). Returns
@@ -114,20 +153,28 @@ HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
   if (file == nullptr) {
     if (errno == ENOMEM) return E_OUTOFMEMORY;  // a file that exists, read at the next load
     ReportOpenFailure(path);
-    return E_FAIL;
+    return ObserveFileEnd(path, 0, E_FAIL);
   }
   if (!regular) {
     // Nothing to read, as for a directory, whose reads fail at once.
     std::fclose(file);
-    return S_OK;
+    if (zelsysts::Observed()) {
+      zelsysts::Observation observation{zelsysts::Step::kFileNotRegular};
+      observation.file = path;
+      zelsysts::Observe(observation);
+    }
+    return ObserveFileEnd(path, 0, S_OK);
   }
 
   char buffer[kLineBufferBytes];
   int lineNumber = 0;
   HRESULT result = S_OK;
+  const bool observed = zelsysts::Observed();
+  long position = observed ? std::ftell(file) : 0;
   // A line longer than the buffer comes in pieces; each piece counts as a line.
   while (std::fgets(buffer, sizeof buffer, file) != nullptr) {
     if (lineNumber < INT_MAX) ++lineNumber;
+    if (observed) position = ObserveLine(file, buffer, position, path, lineNumber);
     if (buffer[0] == '#') continue;                      // comment, first column only
     if (buffer[0] == '/' && buffer[1] == '/') continue;  // comment, first column only
     char* fields[kMaxFields];
@@ -138,9 +185,10 @@ HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
       result = E_OUTOFMEMORY;  // not a rejection: the other lines are entered
     } else if (line < 0) {
       std::fclose(file);
-      return E_FAIL;  // the rest of the file is not read; earlier lines stay in effect
+      // The rest of the file is not read; earlier lines stay in effect.
+      return ObserveFileEnd(path, lineNumber, E_FAIL);
     }
   }
   std::fclose(file);
-  return result;
+  return ObserveFileEnd(path, lineNumber, result);
 }

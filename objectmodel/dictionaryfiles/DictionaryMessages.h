@@ -1,0 +1,14 @@
+// The messages of the dictionary files: fixed texts written to standard error, and the same
+// bytes told to an observer (util/Observer.h) with the file and line they concern.
+#pragma once
+
+// Writes the message to standard error exactly as fprintf(stderr, format, ...) would. When a
+// program observes, it is also told the bytes written (a kMessage observation with path and
+// line; null and 0 when the message concerns no line); nothing is formatted twice otherwise.
+void WriteDictionaryMessage(const char* path, int line, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// Tells an observer of a message that was written by other means (perror): the same as the
+// observation above, without writing anything. Does nothing when nobody observes.
+void ObserveDictionaryMessage(const char* path, int line, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));

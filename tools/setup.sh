@@ -4,7 +4,8 @@
 # Run as root with apt-get at hand, it installs what is missing (apt-get update only then);
 # otherwise it names the missing packages, says how to install them, and stops the script.
 #   build   the library and the demonstration: cmake, Ninja, g++
-#   tests   the test suite: GoogleTest, pkg-config (the install test builds a pkg-config client)
+#   tests   the test suite: GoogleTest, pkg-config (the install test builds a pkg-config client),
+#           nlohmann-json (the dictionary tool's tests parse its JSON); Graphviz stays optional
 #   clang   the clang builds (thread-safety analysis, ThreadSanitizer): clang and its runtimes
 #   valgrind  the demonstration under valgrind's memcheck (continuous integration)
 # Google Benchmark (libbenchmark-dev) and GLib (libglib2.0-dev, a baseline of one benchmark) are
@@ -16,7 +17,7 @@
 zelsysts_packages_for() {
   case "$1" in
     build) echo cmake ninja-build g++ ;;
-    tests) echo libgtest-dev pkg-config ;;
+    tests) echo libgtest-dev pkg-config nlohmann-json3-dev ;;
     clang) echo clang libclang-rt-14-dev ;;
     valgrind) echo valgrind ;;
     *) echo "zelsysts_require: unknown need '$1'" >&2; return 1 ;;

@@ -59,11 +59,11 @@ class Checker {
   explicit Checker(const Dictionary& d) : d_(d) {}
 
   std::vector<Diagnostic> Run(bool load) {
-    CheckWalk();
     CheckPairs();
     CheckIdentifiers();
+    CheckWalk();
     CheckLines();
-    CheckNames();
+    CheckNames(load);
     if (load) CheckLibraries();
     CheckRemainingMessages();
     return std::move(out_);
@@ -116,6 +116,8 @@ class Checker {
         Diagnostic& diagnostic = Add(true, "file-unreadable", "the file cannot be opened");
         diagnostic.at.push_back({at, ""});
         diagnostic.said = TakeMessages(at);
+      } else if (file.result < 0 && explained_.count(file.path + ":" + std::to_string(at.line))) {
+        continue;  // a conflict of identifiers, reported with its first definition
       } else if (file.result < 0) {
         Diagnostic& diagnostic =
             Add(true, "line-rejected",
@@ -172,9 +174,10 @@ class Checker {
                               " is given two IIDs; the first line in walk order wins");
         diagnostic.at.push_back(
             {first.at, EscapeText(first.text) + " " + EscapeText(first.name) + " (wins)"});
-        diagnostic.at.push_back(
-            {line.at, EscapeText(line.text) + " " + EscapeText(line.name) + " (refused)"});
+        diagnostic.at.push_back({line.at, EscapeText(line.text) + " " + EscapeText(line.name) +
+                                              " (refused; the rest of the file is not read)"});
         diagnostic.said = TakeMessages(line.at);
+        explained_.insert(line.at.file + ":" + std::to_string(line.at.line));
         break;
       }
     }
@@ -198,9 +201,10 @@ class Checker {
                           " is given two libraries; the first line in walk order wins");
         diagnostic.at.push_back(
             {first.at, EscapeText(first.cls) + " " + EscapeText(first.library) + " (wins)"});
-        diagnostic.at.push_back(
-            {line.at, EscapeText(line.cls) + " " + EscapeText(line.library) + " (refused)"});
+        diagnostic.at.push_back({line.at, EscapeText(line.cls) + " " + EscapeText(line.library) +
+                                              " (refused; the rest of the file is not read)"});
         diagnostic.said = TakeMessages(line.at);
+        explained_.insert(line.at.file + ":" + std::to_string(line.at.line));
         break;
       }
     }
@@ -247,7 +251,9 @@ class Checker {
     }
   }
 
-  void CheckNames() {
+  // With libraries loaded, whether an extension class exists is asked of the registrations
+  // (CheckLibraries), which supersedes looking for its name in other lines.
+  void CheckNames(bool load) {
     std::map<std::string, std::vector<Involved>> noIid, leafNoIid, extensions;
     std::set<std::string> classes;
     for (const Pair& pair : d_.pairs) {
@@ -276,7 +282,7 @@ class Checker {
           .at = at;
     }
     for (auto& [ext, at] : extensions) {
-      if (classes.count(ext) == 0) {
+      if (!load && classes.count(ext) == 0) {
         Add(false, "extension-not-named",
             "the EXTENDED_BY class " + EscapeText(ext) + " is named by no other line")
             .at = at;
@@ -357,6 +363,7 @@ class Checker {
   const Dictionary& d_;
   std::vector<Diagnostic> out_;
   std::set<size_t> taken_;
+  std::set<std::string> explained_;  // "file:line" of refused identifier lines, reported
   std::vector<std::pair<std::string, std::string>> libraries_;  // name, error ("" loaded)
 };
 

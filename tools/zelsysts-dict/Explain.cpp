@@ -412,7 +412,8 @@ int RunExplain(const Invocation& invocation) {
     explanation.Add("meta_object", "none", "meta object of " + EscapeText(className) + ": none");
     return finish(false, "", "");
   }
-  const long kind = explanation.class_found ? explanation.class_kind : long{ZELSysTSTypeImplementation};
+  const long kind =
+      explanation.class_found ? explanation.class_kind : long{ZELSysTSTypeImplementation};
   explanation.Add(
       "meta_object", explanation.class_found ? "registered" : "made_here",
       "meta object of " + EscapeText(className) + ": " +

@@ -66,6 +66,8 @@ constexpr int ZELSysTSCompareIid(const _GUID& a, const _GUID& b) {
 namespace ZELSysTSGuidText {
 
 constexpr int kLength = 38;
+// The positions of the four separators, dashes in the strict form.
+constexpr int kSeparators[4] = {9, 14, 19, 24};
 
 // Value of a hexadecimal digit, or -1 for any other byte.
 constexpr int HexValue(char c) {
@@ -75,20 +77,22 @@ constexpr int HexValue(char c) {
   return -1;
 }
 
-// Reads the 32 digit positions of a 38-character text into *guid. strict: false at the first
-// byte that is not a hexadecimal digit (*guid then partly written); otherwise such a byte counts
-// as 0 and the result is true.
-constexpr bool ReadDigits(const char* text, _GUID* guid, bool strict) {
+// Reads the 32 digit positions of a 38-character text into *guid. Returns the position of the
+// first byte there that is not a hexadecimal digit, or -1 when all are digits. strict: the
+// reading stops at that byte (*guid untouched); otherwise it counts as 0 and *guid is written.
+constexpr int ReadDigits(const char* text, _GUID* guid, bool strict) {
   // Where each digit field starts and how many digits it has: Data1, Data2, Data3, then the
   // eight bytes of Data4 (bytes 0 and 1 before the dash at 24, bytes 2 to 7 after it).
   constexpr int kStart[11] = {1, 10, 15, 20, 22, 25, 27, 29, 31, 33, 35};
   constexpr int kDigits[11] = {8, 4, 4, 2, 2, 2, 2, 2, 2, 2, 2};
   uint32_t fields[11] = {};
+  int firstNonDigit = -1;
   for (int f = 0; f < 11; ++f) {
     for (int i = 0; i < kDigits[f]; ++i) {
       int digit = HexValue(text[kStart[f] + i]);
       if (digit < 0) {
-        if (strict) return false;
+        if (firstNonDigit < 0) firstNonDigit = kStart[f] + i;
+        if (strict) return firstNonDigit;
         digit = 0;
       }
       fields[f] = fields[f] << 4 | static_cast<uint32_t>(digit);
@@ -98,7 +102,7 @@ constexpr bool ReadDigits(const char* text, _GUID* guid, bool strict) {
   guid->Data2 = static_cast<uint16_t>(fields[1]);
   guid->Data3 = static_cast<uint16_t>(fields[2]);
   for (int i = 0; i < 8; ++i) guid->Data4[i] = static_cast<uint8_t>(fields[3 + i]);
-  return true;
+  return firstNonDigit;
 }
 
 }  // namespace ZELSysTSGuidText
@@ -109,11 +113,13 @@ constexpr _GUID ZELSysTSGuid(const char (&text)[39]) {
   // A compile error pointing at one of these lines names what is wrong with the literal.
   if (text[38] != '\0') throw std::invalid_argument("GUID literal: not 38 characters");
   if (text[0] != '{' || text[37] != '}') throw std::invalid_argument("GUID literal: braces");
-  if (text[9] != '-' || text[14] != '-' || text[19] != '-' || text[24] != '-') {
-    throw std::invalid_argument("GUID literal: dashes belong at positions 9, 14, 19 and 24");
+  for (int position : ZELSysTSGuidText::kSeparators) {
+    if (text[position] != '-') {
+      throw std::invalid_argument("GUID literal: dashes belong at positions 9, 14, 19 and 24");
+    }
   }
   _GUID guid{};
-  if (!ZELSysTSGuidText::ReadDigits(text, &guid, true)) {
+  if (ZELSysTSGuidText::ReadDigits(text, &guid, true) >= 0) {
     throw std::invalid_argument("GUID literal: not a hexadecimal digit");
   }
   return guid;

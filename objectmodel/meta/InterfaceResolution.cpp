@@ -7,6 +7,9 @@
 // duration; the text fields of a found record are copied under it. Every failure is a null
 // result and writes nothing.
 //
+// Observation: each step is told to the observer (util/Observer.h) when there is one, after the
+// call it reports; a library call is reported right after it returns, on the calling thread.
+//
 // Out of memory: a null that may be wrong (the dictionary could not be read, a name could not be
 // composed, the dynamic loader ran out of memory) sets `lacked`, so that the caller does not
 // remember it as "no such interface". The library manager answers null for every failure; a
@@ -18,6 +21,7 @@
 #include "ZELThrLibraryManager.h"
 #include "dictionary/DicoStore.h"
 #include "dictionaryfiles/DicoLoader.h"
+#include "meta/ResolutionObservation.h"
 #include "meta/ZELSysTSMetaClassExt.h"
 #include "meta/ZELSysTSMetaClassImpl.h"
 #include "util/ScopedLock.h"
@@ -64,6 +68,10 @@ void* LoadLibraryNamed(const char* library, bool& lacked) {
   errno = 0;
   void* handle = ZELThrLibraryManager::LoadLibrary(library);
   if (handle == nullptr && errno == ENOMEM) lacked = true;
+  if (zelsysts::Observed()) {
+    ObserveResolution(zelsysts::Step::kLibraryLoad, library, nullptr, nullptr, nullptr, nullptr,
+                      handle != nullptr);
+  }
   return handle;
 }
 
@@ -71,16 +79,37 @@ void* FunctionNamed(const char* library, const char* function, bool& lacked) {
   errno = 0;
   void* address = ZELThrLibraryManager::GetFunctionAddress(library, function);
   if (address == nullptr && errno == ENOMEM) lacked = true;
+  if (zelsysts::Observed()) {
+    ObserveResolution(zelsysts::Step::kFunctionLookup, library, function, nullptr, nullptr, nullptr,
+                      address != nullptr);
+  }
   return address;
+}
+
+// The extending class's meta object, looked for and reported.
+ZELSysTSMetaClassBase* ObservedExtensionNamed(const char* className) {
+  ZELSysTSMetaClassBase* meta = EffectiveMetaObjectNamed(className);
+  if (zelsysts::Observed()) {
+    ObserveResolution(zelsysts::Step::kExtensionMetaObject, className, nullptr, nullptr, nullptr,
+                      nullptr, meta != nullptr);
+  }
+  return meta;
 }
 
 }  // namespace
 
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& iid, bool& lacked) {
+  using zelsysts::Observed;
+  using zelsysts::Step;
   // The meta class identifier names no interface: the record under (class identifier,
   // CLSID_ZELSysTSMetaClass) holds the class's meta object, which must never be taken for a
   // creation function, whatever the dictionary files add to that record.
-  if (iid == CLSID_ZELSysTSMetaClass) return nullptr;
+  if (iid == CLSID_ZELSysTSMetaClass) {
+    if (Observed()) {
+      ObserveResolution(Step::kMetaClassIdentifier, class_name, nullptr, nullptr, &iid, nullptr, 0);
+    }
+    return nullptr;
+  }
   DicoLoader::Load();
   if (!DicoLoader::IsLoaded()) lacked = true;  // what is not read yet may hold the answer
 
@@ -88,25 +117,47 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& ii
   // function found before; one without is not an implementation (a meta object record, whose
   // creator is the meta object itself).
   if (class_id != nullptr) {
-    if (DicoEntry* known = DicoStore::LookupByGuids(class_id, &iid, 1)) {
-      if (void* creator = known->Creator()) {
-        if (NamesOf(known).library_name == nullptr) return nullptr;
-        return reinterpret_cast<ZELSysTSInterfaceCreator>(creator);
-      }
+    DicoEntry* known = DicoStore::LookupByGuids(class_id, &iid, 1);
+    void* creator = known != nullptr ? known->Creator() : nullptr;
+    const char* library = creator != nullptr ? NamesOf(known).library_name : nullptr;
+    if (Observed()) {
+      const long found = creator == nullptr   ? zelsysts::kRecordNone
+                         : library == nullptr ? zelsysts::kRecordNotImplementation
+                                              : zelsysts::kRecordCreator;
+      ObserveResolution(Step::kRecordByIdentifiers, class_name, library, nullptr, class_id, &iid,
+                        found);
+    }
+    if (creator != nullptr) {
+      if (library == nullptr) return nullptr;
+      return reinterpret_cast<ZELSysTSInterfaceCreator>(creator);
     }
   }
 
   const char* interfaceName = DicoStore::NameOfGuid(&iid);
+  if (Observed()) {
+    ObserveResolution(Step::kInterfaceName, interfaceName, nullptr, nullptr, &iid, nullptr, 0);
+  }
   if (interfaceName == nullptr) return nullptr;
   DicoEntry* entry = DicoStore::LookupByNames(class_name, interfaceName, 1);
+  const EntryNames names = entry != nullptr ? NamesOf(entry) : EntryNames{};
+  if (Observed()) {
+    ObserveResolution(Step::kRecordByNames, class_name, interfaceName, names.library_name, &iid,
+                      nullptr, entry != nullptr);
+  }
   if (entry == nullptr) return nullptr;
-  const EntryNames names = NamesOf(entry);
 
   // A leaf interface serves the request only if it derives from the requested interface.
   const char* interfacePart = interfaceName;
   if (names.itf_leaf != nullptr) {
     ZELSysTSMetaClass* leaf = DicoStore::FindMetaObject(names.itf_leaf);
-    if (leaf == nullptr || leaf->IsAKindOf(&iid) == 0) return nullptr;
+    const bool derives = leaf != nullptr && leaf->IsAKindOf(&iid) != 0;
+    if (Observed()) {
+      ObserveResolution(Step::kLeafCheck, names.itf_leaf, nullptr, nullptr, &iid, nullptr,
+                        leaf == nullptr ? zelsysts::kLeafUnregistered
+                        : derives       ? zelsysts::kLeafDerives
+                                        : zelsysts::kLeafUnrelated);
+    }
+    if (!derives) return nullptr;
     interfacePart = names.itf_leaf;
   }
 
@@ -114,18 +165,31 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInDictionary(const _GUID& ii
   // loaded once if the extension has not registered yet.
   const char* classPart = class_name;
   if (names.extended_by != nullptr) {
-    ZELSysTSMetaClassBase* extending = EffectiveMetaObjectNamed(names.extended_by);
+    ZELSysTSMetaClassBase* extending = ObservedExtensionNamed(names.extended_by);
     if (extending == nullptr) {
       if (LoadLibraryNamed(names.library_name, lacked) == nullptr) return nullptr;
-      extending = EffectiveMetaObjectNamed(names.extended_by);
+      extending = ObservedExtensionNamed(names.extended_by);
       if (extending == nullptr) return nullptr;
     }
     ZELSysTSMetaClassExt* extension = extending->GetExtensionMetaClass();
-    if (extension == nullptr || extension->IsExtending(this) != 1) return nullptr;
+    const bool extends = extension != nullptr && extension->IsExtending(this) == 1;
+    if (Observed()) {
+      ObserveResolution(Step::kExtensionCheck, names.extended_by, class_name, nullptr, nullptr,
+                        nullptr,
+                        extension == nullptr ? zelsysts::kExtensionNotExtension
+                        : extends            ? zelsysts::kExtensionExtends
+                                             : zelsysts::kExtensionNotListed);
+    }
+    if (!extends) return nullptr;
     classPart = names.extended_by;
   }
 
-  if (names.library_name == nullptr) return nullptr;
+  if (names.library_name == nullptr) {
+    if (Observed()) {
+      ObserveResolution(Step::kNoLibrary, class_name, interfaceName, nullptr, &iid, nullptr, 0);
+    }
+    return nullptr;
+  }
   char* function = ComposeCreatorName(interfacePart, classPart);
   if (function == nullptr) {
     lacked = true;

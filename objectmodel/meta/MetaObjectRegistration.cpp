@@ -12,6 +12,7 @@
 
 #include "ZELSysTSFindOrCreateMetaObject.h"
 #include "dictionary/DicoStore.h"
+#include "meta/ResolutionObservation.h"
 #include "meta/ZELSysTSMetaClassExt.h"
 #include "util/ScopedLock.h"
 
@@ -62,6 +63,30 @@ bool RecordedById(ZELSysTSMetaClass* meta) {
   return record != nullptr && record->Creator() == meta;
 }
 
+// The kind of one of the library's meta objects (a meta object written elsewhere counts as 0).
+long KindOf(ZELSysTSMetaClass* meta) {
+  if (!IsLibraryMetaObject(meta)) return ZELSysTSTypeBase;
+  auto* base = static_cast<ZELSysTSMetaClassBase*>(meta);
+  if (ZELSysTSMetaClassExt* extension = base->GetExtensionMetaClass()) {
+    return extension->GetTypeOfClass();
+  }
+  return dynamic_cast<ZELSysTSMetaClassImpl*>(base) != nullptr ? ZELSysTSTypeImplementation
+                                                               : ZELSysTSTypeBase;
+}
+
+// Tells the observer which meta object a registration hands out: found (existing) or built, its
+// kind and its base. Runs under the dictionary lock.
+ZELSysTSMetaClass* ObservedRegistration(ZELSysTSMetaClass* meta, bool found,
+                                        const char* extendedClass) {
+  if (zelsysts::Observed() && meta != nullptr) {
+    ZELSysTSMetaClass* base = meta->GetBaseMetaObject();
+    ObserveResolution(zelsysts::Step::kRegistration, meta->GetClassName(), extendedClass,
+                      base != nullptr ? base->GetClassName() : nullptr, meta->GetClassId(), nullptr,
+                      (found ? long{zelsysts::kRegisteredFound} : 0L) | KindOf(meta));
+  }
+  return meta;
+}
+
 // The meta object of className that the store holds under classId but not under the name: a
 // registration ran out of memory between the two inserts. Null otherwise.
 ZELSysTSMetaClass* RecordedByIdOnly(const _GUID* classId, const char* className) {
@@ -87,7 +112,8 @@ ZELSysTSMetaClass* ZELSysTSFindOrCreateMetaObject(const char* className, ZELSysT
   // A meta object held under both keys (or under its name while its identifier belongs to
   // another class, a conflict that stays) is complete.
   if (byName && DicoStore::FindByGuids(meta->GetClassId(), &CLSID_ZELSysTSMetaClass) != nullptr) {
-    return AddExtendedClassTo(meta, extendedClass) ? meta : nullptr;
+    return ObservedRegistration(AddExtendedClassTo(meta, extendedClass) ? meta : nullptr, true,
+                                extendedClass);
   }
 
   _GUID generated;
@@ -112,5 +138,6 @@ ZELSysTSMetaClass* ZELSysTSFindOrCreateMetaObject(const char* className, ZELSysT
     return nullptr;
   }
   // An extended class that could not be added for lack of memory is added by a later call.
-  return AddExtendedClassTo(meta, extendedClass) ? meta : nullptr;
+  return ObservedRegistration(AddExtendedClassTo(meta, extendedClass) ? meta : nullptr, found,
+                              extendedClass);
 }

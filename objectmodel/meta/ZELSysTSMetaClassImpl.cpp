@@ -8,6 +8,7 @@
 #include <new>
 
 #include "ZELSysTSGuid.h"
+#include "meta/ResolutionObservation.h"
 #include "pools/GuidPool.h"
 #include "util/ScopedLock.h"
 
@@ -60,14 +61,26 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInterfaceCreator(const _GUID
   return ResolveInterface(iid, lacked);
 }
 
+// The observation points of the search (none on FindInterfaceCreator's path of a recorded
+// answer) report each step; what the search does is the same with or without an observer.
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::ResolveInterface(const _GUID& iid, bool& lacked) {
+  using zelsysts::Observed;
   const ZELSysTSInterfaceCreator known = LookupInterface(iid);
+  if (Observed()) {
+    const long hit = known == nullptr          ? zelsysts::kTableMiss
+                     : known == AbsentMarker() ? zelsysts::kTableAbsent
+                                               : zelsysts::kTableCreator;
+    ObserveResolution(zelsysts::Step::kTableLookup, class_name, nullptr, nullptr, &iid, nullptr,
+                      hit);
+  }
   if (known == AbsentMarker()) return nullptr;
   if (known != nullptr) return known;
 
   const bool record = class_id != nullptr;
   if (const ZELSysTSInterfaceCreator found = FindInDictionary(iid, lacked)) {
     if (record) RecordInterface(iid, found);
+    if (Observed())
+      ObserveAnswer(iid, record ? zelsysts::kAnswerFound : zelsysts::kAnswerNotRecorded);
     return found;
   }
   if (base_meta != nullptr) {
@@ -78,17 +91,36 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::ResolveInterface(const _GUID& ii
     ZELSysTSMetaClassBase* base =
         IsLibraryMetaObject(base_meta) ? static_cast<ZELSysTSMetaClassBase*>(base_meta) : nullptr;
     auto* implBase = dynamic_cast<ZELSysTSMetaClassImpl*>(base);
+    if (Observed()) {
+      ObserveResolution(zelsysts::Step::kBaseClass, class_name,
+                        base != nullptr ? base->GetClassName() : nullptr, nullptr, &iid, nullptr,
+                        implBase != nullptr ? zelsysts::kBaseSearched : zelsysts::kBasePlain);
+    }
     const ZELSysTSInterfaceCreator inherited =
         implBase != nullptr ? implBase->ResolveInterface(iid, lacked)
                             : (base != nullptr ? base->FindInterfaceCreator(iid) : nullptr);
     if (inherited != nullptr) {
       if (record) RecordInterface(iid, inherited);
+      if (Observed()) {
+        ObserveAnswer(iid, record ? zelsysts::kAnswerInherited : zelsysts::kAnswerNotRecorded);
+      }
       return inherited;
     }
+  } else if (Observed()) {
+    ObserveResolution(zelsysts::Step::kBaseClass, class_name, nullptr, nullptr, &iid, nullptr,
+                      zelsysts::kBaseNone);
   }
   // "Not found" is remembered only when the whole search could look.
   if (record && !lacked) RecordInterface(iid, AbsentMarker());
+  if (Observed()) {
+    ObserveAnswer(iid, record && !lacked ? zelsysts::kAnswerAbsent : zelsysts::kAnswerNotRecorded);
+  }
   return nullptr;
+}
+
+void ZELSysTSMetaClassImpl::ObserveAnswer(const _GUID& iid, long answer) {
+  ObserveResolution(zelsysts::Step::kAnswerRecorded, class_name, nullptr, nullptr, &iid, nullptr,
+                    answer);
 }
 
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::LookupInterface(const _GUID& iid) {

@@ -44,6 +44,10 @@ class ZELSysTSMetaClassImpl : public ZELSysTSMetaClassBase {
   // The private marker recorded for "searched before, not found"; never handed to callers.
   static ZELSysTSInterfaceCreator AbsentMarker();
 
+ private:
+  // Tells the observer what the search recorded for iid (zelsysts::kAnswer*).
+  void ObserveAnswer(const _GUID& iid, long answer);
+
  protected:
   // Guards the interface table; never held with the dictionary lock or across a library call.
   ZELSmartMutex mutex;

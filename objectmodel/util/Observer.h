@@ -62,6 +62,66 @@ enum class Step : int {
   // functions, the leaf and extension checks, the base class, the answer recorded.
   // (Filled in by the resolution's observation points.)
   kResolutionFirst = 200,
+  // A meta object asked for by name: text {class, extended class or null, base class or null},
+  // guid {class identifier}, value kRegistered* | kind. Under the dictionary lock.
+  kRegistration,
+  // The class's interface table looked up: text {class}, guid {iid}, value kTable*.
+  kTableLookup,
+  // The meta class identifier asked for as an interface: text {class}, guid {iid}. Ends the
+  // dictionary search with null.
+  kMetaClassIdentifier,
+  // The record under (class identifier, iid): text {class, library or null}, guid {class
+  // identifier, iid}, value kRecord*. A record with a creator ends the dictionary search.
+  kRecordByIdentifiers,
+  // The name of the requested interface: text {name or null}, guid {iid}. Null ends the search.
+  kInterfaceName,
+  // The record under (class name, interface name): text {class, interface, library or null},
+  // value 1 when found. Not found ends the search.
+  kRecordByNames,
+  // The record's leaf interface: text {leaf}, guid {iid}, value kLeaf*.
+  kLeafCheck,
+  // The record's extending class looked for among the registered meta objects (once, and again
+  // after its library is loaded): text {extending class}, value 1 when registered.
+  kExtensionMetaObject,
+  // A library loaded by name: text {library}, value 1 when loaded. Right after the library
+  // manager's call, on the calling thread.
+  kLibraryLoad,
+  // The extending class checked: text {extending class, class}, value kExtension*.
+  kExtensionCheck,
+  // The record names no library: text {class, interface}. Ends the search with null.
+  kNoLibrary,
+  // The creation function looked up: text {library, function}, value 1 when found. Right after
+  // the library manager's call (which loads the library first), on the calling thread.
+  kFunctionLookup,
+  // The walk to the base class: text {class, base class or null}, value kBase*.
+  kBaseClass,
+  // The answer recorded in the class's interface table: text {class}, guid {iid}, value kAnswer*.
+  kAnswerRecorded,
+};
+
+// Values of the resolution steps.
+enum : long {
+  kRegisteredFound = 0x100,      // kRegistration: the meta object existed (else it was built)
+  kTableMiss = 0,                // kTableLookup
+  kTableCreator = 1,             // kTableLookup: a creation function is recorded
+  kTableAbsent = 2,              // kTableLookup: "searched before, not found" is recorded
+  kRecordNone = 0,               // kRecordByIdentifiers: no record, or one without a creator
+  kRecordCreator = 1,            // kRecordByIdentifiers: a creation function found before
+  kRecordNotImplementation = 2,  // kRecordByIdentifiers: a creator without library
+  kLeafUnregistered = 0,         // kLeafCheck: no meta object has the leaf's name
+  kLeafDerives = 1,              // kLeafCheck: the leaf's meta object is a kind of iid
+  kLeafUnrelated = 2,            // kLeafCheck: it is not
+  kExtensionNotExtension = 0,    // kExtensionCheck: the class registered is not an extension
+  kExtensionExtends = 1,         // kExtensionCheck: it lists the class
+  kExtensionNotListed = 2,       // kExtensionCheck: it does not list the class
+  kBaseNone = 0,                 // kBaseClass: no base class; the search ends
+  kBaseSearched = 1,             // kBaseClass: an implementation base, searched in turn
+  kBasePlain = 2,                // kBaseClass: a base without interfaces (its answer is null)
+  kAnswerAbsent = 0,             // kAnswerRecorded: "not found" recorded
+  kAnswerFound = 1,              // kAnswerRecorded: the creation function found in the dictionary
+  kAnswerInherited = 2,          // kAnswerRecorded: the base class's creation function
+  kAnswerNotRecorded = 3,        // kAnswerRecorded: nothing recorded (memory ran out: null may be
+                                 // wrong, the next request searches again)
 };
 
 // Flags of a kLine observation.

@@ -33,7 +33,7 @@ status=0
 
 # The dictionary tool on the demonstration's own failing request and dictionaries. Its exit
 # statuses are shown, not fatal: explain exits 2 for a request that fails.
-for command in "explain Circle IStatistics" "check $ZELDictionaryPath"; do
+for command in "explain Circle IStatistics" "check --load $ZELDictionaryPath"; do
   echo
   echo "demo.sh: zelsysts-dict $command"
   tool=0

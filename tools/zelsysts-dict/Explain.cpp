@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "Command.h"
-#include "DictionaryRecords.h"
+#include "Dictionary.h"
 #include "GuidText.h"
 #include "Observe.h"
 #include "Output.h"
@@ -41,6 +41,56 @@ namespace {
 
 using zelsysts::Observation;
 using zelsysts::Step;
+
+// The dictionary's records that explain names, looked up in what the loader reported: only the
+// lines the tables kept, the first one first.
+bool Kept(long outcome) {
+  outcome &= 0xFF;
+  return outcome == zelsysts::kRecordAdded || outcome == zelsysts::kRecordSame;
+}
+
+// "file:line" as it stands (JSON keeps the bytes; text escapes them).
+std::string PlaceText(const Place& place) {
+  return place.file.empty() ? "" : place.file + ":" + std::to_string(place.line);
+}
+
+const IidLine* InterfaceNamed(const Dictionary& d, const std::string& name) {
+  for (const IidLine& line : d.iids) {
+    if (Kept(line.outcome) && line.name == name) return &line;
+  }
+  return nullptr;
+}
+
+const ClsidLine* ClassWithId(const Dictionary& d, const _GUID& clsid) {
+  for (const ClsidLine& line : d.clsids) {
+    if (Kept(line.outcome) && line.clsid == clsid) return &line;
+  }
+  return nullptr;
+}
+
+const Pair* PairOf(const Dictionary& d, const std::string& cls, const std::string& itf) {
+  for (const Pair& pair : d.pairs) {
+    if (pair.cls == cls && pair.itf == itf && !pair.lines.empty()) return &pair;
+  }
+  return nullptr;
+}
+
+// The library of a class's objects: its ".clsidts" line with a library, else its
+// "CreateInterface" line. False when neither names one.
+bool ClassLibrary(const Dictionary& d, const std::string& cls, std::string* library, Place* at) {
+  for (const ClsidLine& line : d.clsids) {
+    if (Kept(line.outcome) && line.cls == cls && line.has_library && !line.library.empty()) {
+      *library = line.library;
+      *at = line.at;
+      return true;
+    }
+  }
+  const Pair* creation = PairOf(d, cls, "CreateInterface");
+  if (creation == nullptr || creation->library.empty()) return false;
+  *library = creation->library;
+  *at = creation->lines.front();
+  return true;
+}
 
 std::string Name(const char* text) {
   return text != nullptr ? EscapeText(text) : "(none)";
@@ -106,8 +156,9 @@ class Explanation {
   }
 
   std::string Where(const std::string& className, const std::string& interfaceName) const {
-    const DictionaryRecord* record = records.ClassInterface(className, interfaceName);
-    return record != nullptr && !record->file.empty() ? " (" + record->Where() + ")" : "";
+    const Pair* pair =
+        dictionary != nullptr ? PairOf(*dictionary, className, interfaceName) : nullptr;
+    return pair != nullptr ? " (" + zeldict::Where(pair->lines.front()) + ")" : "";
   }
 
   static void OnObservation(const Observation& observation, void* context) {
@@ -134,8 +185,8 @@ class Explanation {
     std::fputs(json.EndObject().EndObject().Text().c_str(), stdout);
   }
 
-  DictionaryRecords records;
-  int resolution_steps = 0;  // steps reported by FindInterfaceCreator
+  const Dictionary* dictionary = nullptr;  // as the loader reported it
+  int resolution_steps = 0;                // steps reported by FindInterfaceCreator
   bool class_found = false;  // the class's meta object existed when the tool asked for it
   long class_kind = 0;
   std::string class_name;  // the class whose registration the tool waits for
@@ -149,10 +200,7 @@ class Explanation {
 };
 
 void Explanation::Observe(const Observation& o) {
-  if (o.step < Step::kResolutionFirst) {
-    records.Note(o);
-    return;
-  }
+  if (o.step < Step::kResolutionFirst) return;
   const std::string t0 = Name(o.text[0]), t1 = Name(o.text[1]), t2 = Name(o.text[2]);
   const std::string id = o.guid[0] != nullptr ? GuidText(*o.guid[0]) : "";
   const bool yes = o.value != 0;
@@ -312,30 +360,23 @@ int RunExplain(const Invocation& invocation) {
     }
     *guid = reading.guid;
   }
-  if (args.size() > 2) {
-    std::string path;
-    for (size_t i = 2; i < args.size(); ++i) path += (i > 2 ? ":" : "") + args[i];
-    setenv("ZELDictionaryPath", path.c_str(), 1);
-  }
-
+  // The dictionary, read by the library as a request would have it read.
+  const Dictionary dictionary = ReadDictionary({args.begin() + 2, args.end()});
   Explanation explanation(invocation.json);
-  ScopedObserver observer([&](const Observation& observation) {
-    Explanation::OnObservation(observation, &explanation);
-  });
+  explanation.dictionary = &dictionary;
   if (!invocation.json) {
     std::printf("explain %s %s\n", EscapeText(classArg).c_str(), EscapeText(interfaceArg).c_str());
   }
-  // Any dictionary request reads the files once. This one names a class that no file names, so
-  // it creates nothing.
-  void* none = nullptr;
-  ZELSysTSCreateInstance(NewRandomGuid(), iid, &none);
-  const char* path = std::getenv("ZELDictionaryPath");
-  explanation.Add("dictionary", "read",
-                  "dictionary read from " + (path != nullptr ? EscapeText(path) : "(no path)") +
-                      (explanation.records.size() > 0
-                           ? " (" + std::to_string(explanation.records.size()) + " records)"
-                           : ""),
-                  {{"path", path != nullptr ? path : ""}});
+  explanation.Add("dictionary", dictionary.complete ? "read" : "incomplete",
+                  "dictionary read from " + EscapeText(dictionary.path) + " (" +
+                      std::to_string(dictionary.dicts.size()) + " .dicts, " +
+                      std::to_string(dictionary.iids.size()) + " .iidts, " +
+                      std::to_string(dictionary.clsids.size()) + " .clsidts lines" +
+                      (dictionary.messages.empty() ? ")" : "; the loader complained: see check)"),
+                  {{"path", dictionary.path}});
+  ScopedObserver observer([&](const Observation& observation) {
+    Explanation::OnObservation(observation, &explanation);
+  });
 
   auto finish = [&](bool resolved, const std::string& function, const std::string& library) {
     if (invocation.json) {
@@ -351,7 +392,7 @@ int RunExplain(const Invocation& invocation) {
 
   // The interface's identifier.
   if (!interfaceById) {
-    const DictionaryRecord* record = explanation.records.InterfaceNamed(interfaceArg);
+    const IidLine* record = InterfaceNamed(dictionary, interfaceArg);
     if (record == nullptr) {
       explanation.Add("interface", "unknown",
                       "interface " + EscapeText(interfaceArg) +
@@ -359,54 +400,50 @@ int RunExplain(const Invocation& invocation) {
                       {{"interface", interfaceArg}});
       return finish(false, "", "");
     }
-    iid = record->guid;
+    iid = record->iid;
     explanation.Add(
         "interface", "identified",
-        "interface " + EscapeText(interfaceArg) + ": " + GuidText(iid) + " (" + record->Where() +
+        "interface " + EscapeText(interfaceArg) + ": " + GuidText(iid) + " (" + Where(record->at) +
             ")",
-        {{"interface", interfaceArg}, {"iid", GuidText(iid)}, {"where", record->Where()}});
+        {{"interface", interfaceArg}, {"iid", GuidText(iid)}, {"where", PlaceText(record->at)}});
   }
 
   // The class's name, and its library.
   std::string className = classArg;
   if (classById) {
-    const DictionaryRecord* record = explanation.records.ClassWithId(clsid);
+    const ClsidLine* record = ClassWithId(dictionary, clsid);
     if (record == nullptr) {
       explanation.Add("class", "unknown",
                       "class " + GuidText(clsid) + ": no .clsidts record names it",
                       {{"clsid", GuidText(clsid)}});
       return finish(false, "", "");
     }
-    className = record->class_name;
+    className = record->cls;
   }
-  const DictionaryRecord* classLibrary = explanation.records.ClassLibrary(className);
-  if (classLibrary == nullptr) {
+  std::string library;
+  Place libraryLine;
+  if (!ClassLibrary(dictionary, className, &library, &libraryLine)) {
     explanation.Add("class_library", "none",
                     "class " + EscapeText(className) +
                         ": no .clsidts record or CreateInterface line names its library",
                     {{"class", className}});
   } else {
-    explanation.Add("class_library", "named",
-                    "class " + EscapeText(className) + ": library " +
-                        EscapeText(classLibrary->library) + " (" + classLibrary->Where() + ")",
-                    {{"class", className},
-                     {"library", classLibrary->library},
-                     {"where", classLibrary->Where()}});
-    const bool loaded = ZELThrLibraryManager::LoadLibrary(classLibrary->library.c_str()) != nullptr;
     explanation.Add(
-        "class_library_load", loaded ? "loaded" : "failed",
-        "load " + EscapeText(classLibrary->library) + ": " +
-            (loaded ? "loaded" : "failed: " + LoaderReason(classLibrary->library.c_str(), nullptr)),
-        {{"library", classLibrary->library}});
+        "class_library", "named",
+        "class " + EscapeText(className) + ": library " + EscapeText(library) + " (" +
+            Where(libraryLine) + ")",
+        {{"class", className}, {"library", library}, {"where", PlaceText(libraryLine)}});
+    const bool loaded = ZELThrLibraryManager::LoadLibrary(library.c_str()) != nullptr;
+    explanation.Add("class_library_load", loaded ? "loaded" : "failed",
+                    "load " + EscapeText(library) + ": " +
+                        (loaded ? "loaded" : "failed: " + LoaderReason(library.c_str(), nullptr)),
+                    {{"library", library}});
   }
 
   // The meta object, as a client reaches it by name. A class that no library registered is
   // registered here as an implementation class without base, as a program registers its own.
   explanation.class_name = className;
-  const _GUID* knownId = nullptr;
-  if (const DictionaryRecord* record = explanation.records.ClassWithId(clsid)) {
-    if (classById) knownId = &record->guid;
-  }
+  const _GUID* knownId = classById ? &clsid : nullptr;
   ZELSysTSMetaClass* meta = ZELSysTSFindOrCreateMetaObject(
       className.c_str(), ZELSysTSTypeImplementation, knownId, nullptr, nullptr);
   if (meta == nullptr) {
@@ -437,14 +474,14 @@ int RunExplain(const Invocation& invocation) {
                     creator != nullptr ? "answered by the interface table (recorded earlier)"
                                        : "a plain class without interfaces: it answers nothing");
   }
-  std::string function, library;
+  std::string function, file;
   Dl_info info{};
   if (creator != nullptr && dladdr(reinterpret_cast<void*>(creator), &info) != 0) {
     function = info.dli_sname != nullptr ? info.dli_sname : "(unnamed function)";
-    library = info.dli_fname != nullptr ? info.dli_fname : "";
-    library = library.substr(library.rfind('/') + 1);
+    file = info.dli_fname != nullptr ? info.dli_fname : "";
+    file = file.substr(file.rfind('/') + 1);
   }
-  return finish(creator != nullptr, function, library);
+  return finish(creator != nullptr, function, file);
 }
 
 }  // namespace zeldict

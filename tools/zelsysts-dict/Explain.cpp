@@ -75,6 +75,24 @@ const Pair* PairOf(const Dictionary& d, const std::string& cls, const std::strin
   return nullptr;
 }
 
+// Which classes the dictionary says offer the interface iid: a hint for a request that failed.
+std::string OfferedBy(const Dictionary& d, const _GUID& iid) {
+  std::string name;
+  for (const IidLine& line : d.iids) {
+    if (Kept(line.outcome) && line.iid == iid && name.empty()) name = line.name;
+  }
+  std::string offered;
+  for (const Pair& pair : d.pairs) {
+    if (!name.empty() && pair.itf == name && !pair.lines.empty()) {
+      offered += (offered.empty() ? "" : ", ") + EscapeText(pair.cls) + " (" +
+                 Where(pair.lines.front()) + ")";
+    }
+  }
+  const std::string itf = name.empty() ? GuidText(iid) : EscapeText(name);
+  return offered.empty() ? "hint: no .dicts line offers " + itf + " for any class"
+                         : "hint: the .dicts lines offer " + itf + " for " + offered;
+}
+
 // The library of a class's objects: its ".clsidts" line with a library, else its
 // "CreateInterface" line. False when neither names one.
 bool ClassLibrary(const Dictionary& d, const std::string& cls, std::string* library, Place* at) {
@@ -481,6 +499,7 @@ int RunExplain(const Invocation& invocation) {
     file = info.dli_fname != nullptr ? info.dli_fname : "";
     file = file.substr(file.rfind('/') + 1);
   }
+  if (creator == nullptr) explanation.Add("offered_by", "hint", OfferedBy(dictionary, iid));
   return finish(creator != nullptr, function, file);
 }
 

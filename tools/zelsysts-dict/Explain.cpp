@@ -499,7 +499,10 @@ int RunExplain(const Invocation& invocation) {
     file = info.dli_fname != nullptr ? info.dli_fname : "";
     file = file.substr(file.rfind('/') + 1);
   }
-  if (creator == nullptr) explanation.Add("offered_by", "hint", OfferedBy(dictionary, iid));
+  // Not a step of the library's: text only, after the answer.
+  if (creator == nullptr && !invocation.json) {
+    std::printf("  %s\n", OfferedBy(dictionary, iid).c_str());
+  }
   return finish(creator != nullptr, function, file);
 }
 

@@ -1,0 +1,18 @@
+// 64-bit key hashes for the tables' indexes (pools/HashIndex.h). Words of eight bytes are mixed
+// at a time and the result goes through a final mix, so that every input bit reaches the low
+// bits an index uses for the slot and the high bits it keeps as the slot's tag.
+//
+// These hashes choose slots only; they are not the buckets of the tables (StringPool::Bucket,
+// DicoStore::NameBucket, IdentifierBucket, ...), which stay as the tables define them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+// Hash of `length` bytes of text (a name without its terminator). The length takes part.
+uint64_t HashOfText(const char* text, size_t length);
+// Hash of a pair of names, from the names' own hashes (HashOfText).
+uint64_t HashOfPair(uint64_t first, uint64_t second);
+// Hash of one 16-byte identifier, and of a pair of them.
+uint64_t HashOfGuid(const void* guid);
+uint64_t HashOfGuids(const void* first, const void* second);

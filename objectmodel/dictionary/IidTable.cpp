@@ -36,10 +36,10 @@ bool IsInitialized() {
   return g_initialized.Done();
 }
 
-const auto ByIid(const _GUID& iid) {
+auto ByIid(const _GUID& iid) {
   return [&iid](const IidEntry* e) { return *e->interface_id == iid; };
 }
-const auto ByName(const char* name) {
+auto ByName(const char* name) {
   return [name](const IidEntry* e) { return std::strcmp(e->interface_name, name) == 0; };
 }
 
@@ -72,16 +72,24 @@ int IidTable::Insert(const _GUID& iid, const char* name) {
   if (name == nullptr) return 0;
   if (!IsInitialized()) Initialize();
 
+  // Hashes first, and the four slots this insert reads started at once, so that their cache
+  // misses overlap.
+  const StringPool::Text text = StringPool::Prepare(name);
+  const uint64_t iidHash = HashOfGuid(&iid);
+  g_by_name.Prefetch(text.hash);
+  g_by_iid.Prefetch(iidHash);
+  StringPool::Prefetch(text);
+  GuidPool::Prefetch(iidHash);
+
   // A name is known with exactly one IID and an IID under exactly one name.
-  const IidIndex::Place byName =
-      g_by_name.Locate(HashOfText(name, std::strlen(name)), ByName(name));
+  const IidIndex::Place byName = g_by_name.Locate(text.hash, ByName(name));
   if (byName.item != nullptr) return *byName.item->interface_id == iid ? 1 : 0;
-  const IidIndex::Place byIid = g_by_iid.Locate(HashOfGuid(&iid), ByIid(iid));
+  const IidIndex::Place byIid = g_by_iid.Locate(iidHash, ByIid(iid));
   if (byIid.item != nullptr) return 0;  // known under another name
 
   if (!IidIndex::HasRoom(byName) || !IidIndex::HasRoom(byIid)) return -1;
-  const char* pooledName = StringPool::Intern(name);
-  const _GUID* pooledIid = GuidPool::Intern(&iid);
+  const char* pooledName = StringPool::Intern(text);
+  const _GUID* pooledIid = GuidPool::Intern(&iid, iidHash);
   void* memory = g_entries.Allocate(sizeof(IidEntry), alignof(IidEntry));
   if (pooledName == nullptr || pooledIid == nullptr || memory == nullptr) {
     // Out of memory, not a conflict. Nothing is linked: the table is as it was.

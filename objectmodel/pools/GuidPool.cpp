@@ -30,9 +30,17 @@ void GuidPool::Initialize() {
 }
 
 const _GUID* GuidPool::Intern(const _GUID* guid) {
+  return guid != nullptr ? Intern(guid, HashOfGuid(guid)) : nullptr;
+}
+
+// The index's Prefetch reads only its atomics (see HashIndex), so it needs no lock.
+void GuidPool::Prefetch(uint64_t hash) {
+  g_pool.index.Prefetch(hash);
+}
+
+const _GUID* GuidPool::Intern(const _GUID* guid, uint64_t hash) {
   if (guid == nullptr) return nullptr;
   const _GUID key = *guid;
-  const uint64_t hash = HashOfGuid(&key);
   ScopedLock guard(SharedLocks::GuidPoolLock());
   HashIndex<const _GUID>::Place place =
       g_pool.index.Locate(hash, [&key](const _GUID* pooled) { return *pooled == key; });

@@ -12,12 +12,18 @@
 #include <cstdint>
 
 #include "ZELSysTSTypes.h"
+#include "util/ThreadAnnotations.h"
 
 class GuidPool {
  public:
   // The pooled copy of *guid, or null when guid is null (or memory cannot be obtained; nothing
   // is stored then).
   static const _GUID* Intern(const _GUID* guid);
+  // As Intern, given the GUID's hash (HashOfGuid, pools/KeyHash.h), computed before.
+  static const _GUID* Intern(const _GUID* guid, uint64_t hash);
+  // Starts loading what interning a GUID of that hash will read first (a hint; any thread, no
+  // lock).
+  static void Prefetch(uint64_t hash) NO_THREAD_SAFETY_ANALYSIS;
   // Marks the pool initialised. The pool needs no clearing (it is constant-initialized empty);
   // Intern works without it.
   static void Initialize();

@@ -9,9 +9,10 @@
 // owner adds an item only where Locate found none for its key).
 //
 // Finding a key and finding where it goes are one probe (Locate): an owner that finds nothing
-// adds its new item at the place the probe ended, without a second search. Locate makes room
-// first, so that Add never needs memory; when the array cannot grow, Locate still finds what is
-// there but gives no place, and the owner's insert fails for lack of memory, changing nothing.
+// adds its new item at the place the probe ended, without a second search. For an absent key
+// Locate makes room first (growing, and then probing the new array), so that Add never needs
+// memory; when the array cannot grow, Locate finds what is there but gives no place for a new
+// key, and the owner's insert fails for lack of memory, changing nothing.
 //
 // Thread safety: Locate and Add run under the lock of the table that owns the index (the owner
 // says which where it declares it); Find under that lock too, or (IndexReaders::kLockFree)
@@ -73,18 +74,17 @@ class HashIndex {
   // As Find, and when the key is absent, the place for it after making room for one more item.
   template <typename Match>
   Place Locate(uint64_t hash, Match matches) {
+    const uint32_t stored = Stored(hash);
     Array* array = array_.load(std::memory_order_relaxed);
-    if (array == nullptr || (used_ + 1) * 8 > (array->mask + 1) * 7) {
-      Array* grown = Grow(array);
-      if (grown == nullptr) {
-        Place place = array != nullptr ? Probe(array, Stored(hash), matches)
-                                       : Place{nullptr, 0, Stored(hash)};
-        if (place.item == nullptr) place.slot = kNoRoom;
-        return place;
-      }
-      array = grown;
+    if (array != nullptr) {
+      const Place place = Probe(array, stored, matches);
+      if (place.item != nullptr || (used_ + 1) * 8 <= (array->mask + 1) * 7) return place;
     }
-    return Probe(array, Stored(hash), matches);
+    // Absent, and one more item would fill the array past seven eighths: grow, then find the
+    // place again in the new array.
+    Array* grown = Grow(array);
+    if (grown == nullptr) return Place{nullptr, kNoRoom, stored};
+    return Probe(grown, stored, matches);
   }
 
   // True when Add may use the place (Locate found no item and had room).

@@ -4,57 +4,60 @@
 
 namespace {
 
-constexpr uint64_t kSeed = 0x9E3779B97F4A7C15ull;
-constexpr uint64_t kMultiplier = 0xff51afd7ed558ccdull;
+constexpr uint64_t kP0 = 0xa0761d6478bd642full;
+constexpr uint64_t kP1 = 0xe7037ed1a0b428dbull;
+constexpr uint64_t kP2 = 0x8ebc6af09c88c6e3ull;
 
-// The 64-bit finaliser of MurmurHash3.
-uint64_t Mix(uint64_t h) {
-  h ^= h >> 33;
-  h *= 0xff51afd7ed558ccdull;
-  h ^= h >> 33;
-  h *= 0xc4ceb9fe1a85ec53ull;
-  h ^= h >> 33;
-  return h;
+// The 128-bit product of a and b, its halves folded: every bit of either reaches the middle
+// bits of the result.
+uint64_t Mum(uint64_t a, uint64_t b) {
+  const unsigned __int128 r = static_cast<unsigned __int128>(a) * b;
+  return static_cast<uint64_t>(r) ^ static_cast<uint64_t>(r >> 64);
 }
 
-uint64_t Step(uint64_t h, uint64_t word) {
-  h = (h ^ word) * kMultiplier;
-  return h ^ (h >> 29);
+uint64_t Read8(const char* p) {
+  uint64_t v;
+  std::memcpy(&v, p, 8);
+  return v;
 }
 
-uint64_t Absorb(uint64_t h, const char* text, size_t length) {
-  const char* p = text;
+uint64_t Read4(const char* p) {
+  uint32_t v;
+  std::memcpy(&v, p, 4);
+  return v;
+}
+
+// Sixteen bytes at a time; the last 0 to 16 bytes are read as two words that may overlap (so
+// every byte is read once or twice, never past the end).
+uint64_t Absorb(uint64_t seed, const char* p, size_t length) {
+  uint64_t a = 0, b = 0;
   size_t left = length;
-  for (; left >= 8; p += 8, left -= 8) {
-    uint64_t word;
-    std::memcpy(&word, p, 8);
-    h = Step(h, word);
+  for (; left > 16; p += 16, left -= 16) seed = Mum(Read8(p) ^ kP1, Read8(p + 8) ^ seed);
+  if (left > 8) {
+    a = Read8(p);
+    b = Read8(p + left - 8);
+  } else if (left >= 4) {
+    a = Read4(p) << 32 | Read4(p + left - 4);
+  } else if (left > 0) {
+    a = uint64_t(uint8_t(p[0])) << 16 | uint64_t(uint8_t(p[left >> 1])) << 8 | uint8_t(p[left - 1]);
   }
-  uint64_t tail = 0;
-  std::memcpy(&tail, p, left);
-  return Step(h, tail ^ (static_cast<uint64_t>(length) << 56) ^ static_cast<uint64_t>(length));
-}
-
-uint64_t AbsorbGuid(uint64_t h, const void* guid) {
-  uint64_t words[2];
-  std::memcpy(words, guid, 16);
-  return Step(Step(h, words[0]), words[1]);
+  return Mum(kP1 ^ length, Mum(a ^ kP1, b ^ seed));
 }
 
 }  // namespace
 
 uint64_t HashOfText(const char* text, size_t length) {
-  return Mix(Absorb(kSeed, text, length));
+  return Absorb(kP0, text, length);
 }
 
 uint64_t HashOfPair(uint64_t first, uint64_t second) {
-  return Mix(Step(Step(kSeed, first), second));
+  return Mum(first ^ kP0, Mum(second ^ kP1, kP2));
 }
 
 uint64_t HashOfGuid(const void* guid) {
-  return Mix(AbsorbGuid(kSeed, guid));
+  return Absorb(kP2, static_cast<const char*>(guid), 16);
 }
 
 uint64_t HashOfGuids(const void* first, const void* second) {
-  return Mix(AbsorbGuid(AbsorbGuid(kSeed, first), second));
+  return HashOfPair(HashOfGuid(first), HashOfGuid(second));
 }

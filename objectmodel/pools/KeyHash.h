@@ -1,6 +1,6 @@
-// 64-bit key hashes for the tables' indexes (pools/HashIndex.h). Words of eight bytes are mixed
-// at a time and the result goes through a final mix, so that every input bit reaches the low
-// bits an index uses for the slot and the high bits it keeps as the slot's tag.
+// 64-bit key hashes for the tables' indexes (pools/HashIndex.h), built on folded 128-bit
+// multiplications (sixteen bytes a step), so that every input bit reaches the low 32 bits an
+// index keeps and chooses the slot by.
 //
 // These hashes choose slots only; they are not the buckets of the tables (StringPool::Bucket,
 // DicoStore::NameBucket, IdentifierBucket, ...), which stay as the tables define them.

@@ -66,6 +66,12 @@ const char* StringPool::Intern(const char* text) {
   return InternLockedWithLength(text, n, hash);
 }
 
+const char* StringPool::Intern(const Text& text) {
+  if (text.text == nullptr || text.length >= static_cast<size_t>(kChunkBytes)) return nullptr;
+  ScopedLock guard(SharedLocks::StringPoolLock());
+  return InternLockedWithLength(text.text, text.length, text.hash);
+}
+
 void StringPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
   ScopedLock guard(SharedLocks::StringPoolLock());
   g_pool.index.SetAllocator(allocate);

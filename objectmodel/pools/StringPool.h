@@ -32,6 +32,8 @@ class StringPool {
   // kChunkBytes bytes or more, or memory cannot be obtained; nothing is stored on failure.
   // Callers never free or write through the result.
   static const char* Intern(const char* text);
+  // As Intern, for a prepared text.
+  static const char* Intern(const Text& text);
   // As Intern, for a caller that holds the pool's lock.
   static const char* InternLocked(const Text& text)
       EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::StringPoolLock());

@@ -16,8 +16,8 @@
 // "Problem allocating structure dico\n" to standard error, once per failed insert.
 //
 // Out of memory: the inserts and Register set *outOfMemory (when given) to true when they failed
-// for lack of memory (a node, a record, or the interning of a name or identifier) and leave it
-// untouched otherwise, so that one flag can gather several inserts; a conflict does not set it.
+// for lack of memory (a larger table, a record, or the interning of a name or identifier) and leave
+// it untouched otherwise, so that one flag can gather several inserts; a conflict does not set it.
 #pragma once
 
 #include <cstddef>
@@ -46,8 +46,8 @@ class DicoStore {
   // True once Initialize has run.
   static bool IsInitialized();
 
-  // The buckets of the dictionary's pairs: signed-byte weighted sums (weights from 1) of each
-  // name, xor'ed, |h % 4096|.
+  // The buckets of the dictionary's pairs (4096): signed-byte weighted sums (weights from 1) of
+  // each name, xor'ed, |h % 4096|. The tables themselves find a pair through their hash index.
   static int NameBucket(const char* className, const char* interfaceName);
   // The same over the 16 bytes of each GUID.
   static int GuidBucket(const _GUID* classId, const _GUID* interfaceId);

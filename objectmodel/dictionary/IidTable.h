@@ -13,8 +13,8 @@
 
 #include "ZELSysTSTypes.h"
 
-// The identifier tables' bucket functions (1024 buckets). Sum of i * (signed) byte[i] over the 16
-// bytes in memory order, low 10 bits.
+// The identifier tables' bucket functions (1024 buckets; the tables themselves find a key through
+// their hash indexes). Sum of i * (signed) byte[i] over the 16 bytes in memory order, low 10 bits.
 int IdentifierBucket(const _GUID& guid);
 // Sum of i * (signed) name[i], low 10 bits. Empty and one-character names give 0.
 int InterfaceNameBucket(const char* name);

@@ -2,8 +2,8 @@
 // multiplications (sixteen bytes a step), so that every input bit reaches the low 32 bits an
 // index keeps and chooses the slot by.
 //
-// These hashes choose slots only; they are not the buckets of the tables (StringPool::Bucket,
-// DicoStore::NameBucket, IdentifierBucket, ...), which stay as the tables define them.
+// These hashes choose slots only; they are not the dictionary's bucket functions
+// (DicoStore::NameBucket, IdentifierBucket, ...), which keep their own definitions.
 #pragma once
 
 #include <cstddef>

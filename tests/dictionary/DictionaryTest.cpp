@@ -18,7 +18,7 @@ const std::string kMessage = "Problem allocating structure dico\n";
 int g_fn[2];
 void *const kFnA = &g_fn[0], *const kFnB = &g_fn[1];
 const _GUID kCls = {0x11111111, 0x2222, 0x3333, {0x44, 0x55, 0x66, 0x77, 0x88, 0x99, 1, 2}};
-// Byte 0 set to 2, byte 1 set to 1: (kCls, kItf1) and (kCls, kItf2) share a GUID chain.
+// Byte 0 set to 2, byte 1 set to 1: (kCls, kItf1) and (kCls, kItf2) share a GUID bucket.
 const _GUID kItf1 = {0x02, 0, 0, {}}, kItf2 = {0x0100, 0, 0, {}};
 
 bool g_refuse = false;
@@ -82,7 +82,7 @@ TEST_F(DicoStoreTest, NameInsertsFillOnlyEmptyFieldsAndRefuseConflicts) {
   EXPECT_TRUE(Names(nullptr, "I", "Impl") == nullptr && Names("Foo", nullptr, "Impl") == nullptr);
 }
 
-TEST_F(DicoStoreTest, NamesInOneChainAreComparedWhole) {
+TEST_F(DicoStoreTest, NamesInOneBucketAreComparedWhole) {
   const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";  // a long common prefix
   ASSERT_EQ(DicoStore::NameBucket("Car", seat), DicoStore::NameBucket("Car", tcbt));
   DicoEntry *first = Names("Car", seat, "SeatImpl"), *second = Names("Car", tcbt, "TcbtImpl");
@@ -91,14 +91,14 @@ TEST_F(DicoStoreTest, NamesInOneChainAreComparedWhole) {
   EXPECT_EQ(second, DicoStore::FindByNames("Car", tcbt));
 }
 
-// One CLSID with two IIDs in one chain: two records. A GUID insert merges only with the same
+// One CLSID with two IIDs in one bucket: two records. A GUID insert merges only with the same
 // creator and the record that holds the pair.
 TEST_F(DicoStoreTest, GuidInsertsMatchBothIdentifiersAndTheCreator) {
   ASSERT_EQ(DicoStore::GuidBucket(&kCls, &kItf1), DicoStore::GuidBucket(&kCls, &kItf2));
   DicoEntry *one = Guids(kCls, kItf1, kFnA), *two = Guids(kCls, kItf2, kFnB);
   ASSERT_TRUE(one != nullptr && two != nullptr && one != two);
   EXPECT_EQ(two, DicoStore::FindByGuids(&kCls, &kItf2));
-  EXPECT_EQ(nullptr, DicoStore::FindByGuids(&kItf1, &kCls));  // swapped: the same chain
+  EXPECT_EQ(nullptr, DicoStore::FindByGuids(&kItf1, &kCls));  // swapped: the same bucket
   DicoEntry* named = Names("Boat", "ISail");
   EXPECT_TRUE(Guids(kCls, kItf1, kFnA) == one && Guids(kCls, kItf1, kFnA, one) == one);
   EXPECT_EQ(kMessage + kMessage + kMessage, zeltest::StderrOf([&] {
@@ -156,11 +156,11 @@ TEST_F(DicoStoreTest, AnInsertWithoutMemoryChangesNothing) {
   EXPECT_TRUE(Guids(kCls, kItf1, kFnA, rec) == rec && DicoStore::FindByGuids(&kCls, &kItf1) == rec);
 }
 
-// Bytes weighted by position from 0 sum to 2 in all three: one IID chain.
+// Bytes weighted by position from 0 sum to 2 in all three: one IID bucket.
 const _GUID kA = {0x0200, 0, 0, {}}, kB = {0x010000, 0, 0, {}}, kC = {0x0201, 0, 0, {}};
 
 TEST_F(DicoStoreTest, IidTableKeepsOneNamePerIidAndOneIidPerNameTheFirstKept) {
-  const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";     // one name chain
+  const char *seat = "IVehicleSeatBelt", *tcbt = "IVehicleTcbtBelt";     // one name bucket
   for (int i = 0; i < 2; ++i) EXPECT_EQ(1, IidTable::Insert(kA, seat));  // and the same again
   EXPECT_EQ(1, IidTable::Insert(kB, tcbt));                              // a long common prefix
   EXPECT_EQ(0, IidTable::Insert(kA, "IOther"));  // the IID under another name

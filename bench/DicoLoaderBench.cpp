@@ -5,6 +5,12 @@
 // iteration forks a child that does the work and exits; the parent times fork to waitpid (manual
 // time). The floor does the same walk with scandir, fopen and fgets only; ForkOnly is the cost
 // of the child itself. Load / floor is the price of splitting, checking and entering the lines.
+//
+// Every class and interface name is new (N/10 of each), so the sizes 10k, 100k and 1M make a
+// growth table: time per line should stay flat. The load's child also measures its resident
+// memory before and after the load (the pages the load touched, from /proc/self/statm) and
+// reports it per line. A table of the three sizes (load / floor, ns and bytes per line, growth
+// against the smallest size) is printed at the end.
 #include <benchmark/benchmark.h>
 #include <dirent.h>
 #include <sys/wait.h>
@@ -157,44 +163,77 @@ int ReadFloor(const char* dir) {
   return lines > 0 ? 0 : 1;
 }
 
-int RunLoad() {
+double ResidentBytes() {
+  long pages = 0, resident = 0;
+  if (FILE* f = std::fopen("/proc/self/statm", "r")) {
+    if (std::fscanf(f, "%ld %ld", &pages, &resident) != 2) resident = 0;
+    std::fclose(f);
+  }
+  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+// Loads, and writes to `report` the resident bytes that the load added.
+int RunLoad(int report) {
+  const double before = ResidentBytes();
   DicoLoader::Load();
+  const double added = ResidentBytes() - before;
+  if (write(report, &added, sizeof added) != static_cast<ssize_t>(sizeof added)) return 1;
   return DicoLoader::IsLoaded() ? 0 : 1;
 }
 
-// Times one child that runs work and exits with its result.
+// Times one child that runs work(fd) and exits with its result; what the child writes to fd (one
+// double, or nothing) is averaged into the counter `reported` / lines, when given.
 template <typename Work>
-void TimeChildren(benchmark::State& state, Work work) {
+void TimeChildren(benchmark::State& state, Work work, const char* reported = nullptr) {
+  double sum = 0;
   for (auto _ : state) {
+    int fds[2];
+    if (pipe(fds) != 0) {
+      state.SkipWithError("pipe failed");
+      break;
+    }
     const auto start = std::chrono::steady_clock::now();
     const pid_t pid = fork();
-    if (pid == 0) _exit(work());
+    if (pid == 0) _exit(work(fds[1]));
     int status = 0;
-    if (pid < 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) ||
-        WEXITSTATUS(status) != 0) {
+    const bool ok =
+        pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    const auto stop = std::chrono::steady_clock::now();
+    close(fds[1]);
+    double value = 0;
+    if (read(fds[0], &value, sizeof value) == static_cast<ssize_t>(sizeof value)) sum += value;
+    close(fds[0]);
+    if (!ok) {
       state.SkipWithError("child failed");
       break;
     }
-    const auto stop = std::chrono::steady_clock::now();
     state.SetIterationTime(std::chrono::duration<double>(stop - start).count());
   }
-  if (state.range(0) > 0) state.SetItemsProcessed(state.iterations() * state.range(0));
+  const auto lines = static_cast<double>(state.range(0));
+  if (lines <= 0) return;
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+  state.counters["ns_per_line"] =
+      benchmark::Counter(lines * static_cast<double>(state.iterations()) / 1e9,
+                         benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  if (reported != nullptr && state.iterations() > 0) {
+    state.counters[reported] = sum / static_cast<double>(state.iterations()) / lines;
+  }
 }
 
 void BM_ForkOnly(benchmark::State& state) {
-  TimeChildren(state, [] { return 0; });
+  TimeChildren(state, [](int) { return 0; });
 }
 
 void BM_Floor(benchmark::State& state) {
   const std::string& dir = GeneratedDictionaries().For(state.range(0));
-  TimeChildren(state, [&] { return ReadFloor(dir.c_str()); });
+  TimeChildren(state, [&](int) { return ReadFloor(dir.c_str()); });
 }
 
 void BM_DicoLoaderLoad(benchmark::State& state) {
   const std::string& dir = GeneratedDictionaries().For(state.range(0));
   setenv("ZELDictionaryPath", dir.c_str(), 1);
   unsetenv("ZELDictionaryNoPathNoFallback");
-  TimeChildren(state, RunLoad);
+  TimeChildren(state, RunLoad, "bytes_per_line");
 }
 
 void RegisterAll() {
@@ -221,13 +260,60 @@ void RegisterAll() {
   }
 }
 
+// The console output, then the table: per size, load and floor (ms), their ratio, ns and bytes
+// per line, and the growth of ns per line against the smallest size.
+class TableReporter : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
+      const std::string name = run.benchmark_name();
+      const size_t slash = name.find('/');
+      if (slash == std::string::npos) continue;
+      const long long lines = std::atoll(name.c_str() + slash + 1);
+      const double ms =
+          run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e3;
+      Row& row = rows_[lines];
+      if (name.compare(0, slash, "Floor") == 0) row.floor_ms = ms;
+      if (name.compare(0, slash, "DicoLoaderLoad") == 0) {
+        row.load_ms = ms;
+        const auto bytes = run.counters.find("bytes_per_line");
+        if (bytes != run.counters.end()) row.bytes_per_line = bytes->second.value;
+      }
+    }
+    ConsoleReporter::ReportRuns(runs);
+  }
+
+  void Finalize() override {
+    ConsoleReporter::Finalize();
+    std::printf("\n%10s %10s %10s %8s %9s %8s %8s\n", "lines", "load ms", "floor ms", "ratio",
+                "ns/line", "B/line", "growth");
+    double first = 0;
+    for (const auto& [lines, row] : rows_) {
+      if (lines <= 0 || row.load_ms <= 0) continue;
+      const double ns = row.load_ms * 1e6 / static_cast<double>(lines);
+      if (first == 0) first = ns;
+      std::printf("%10lld %10.1f %10.1f %8.2f %9.0f %8.1f %8.2f\n", lines, row.load_ms,
+                  row.floor_ms, row.floor_ms > 0 ? row.load_ms / row.floor_ms : 0.0, ns,
+                  row.bytes_per_line, ns / first);
+    }
+  }
+
+ private:
+  struct Row {
+    double load_ms = 0, floor_ms = 0, bytes_per_line = 0;
+  };
+  std::map<long long, Row> rows_;
+};
+
 }  // namespace
 
 int main(int argc, char** argv) {
   RegisterAll();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  benchmark::RunSpecifiedBenchmarks();
+  TableReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
   benchmark::Shutdown();
   return 0;
 }

@@ -1,5 +1,5 @@
-// Lookups in the dictionary store: hits by names and by GUIDs in a store of 10,000 records
-// (about 2.5 per bucket), the path that interface resolution and creation by name take.
+// Lookups in the dictionary store: hits by names and by GUIDs in a store of 10,000 records, the
+// path that interface resolution and creation by name take.
 #include <benchmark/benchmark.h>
 
 #include <cstddef>

@@ -1,8 +1,8 @@
 // ClsidTable: the class identifier table, filled from ".clsidts" files: CLSID -> class name and
 // the library that creates the class's objects (as written in the file, no prefix removed).
 //
-// 1024 buckets by IdentifierBucket; new nodes at the end of their chain; an entry is never
-// changed or removed (a later line cannot add a library to an entry made without one).
+// One index by CLSID; an entry is never changed or removed (a later line cannot add a library to
+// an entry made without one).
 //
 // Thread safety: inserts run only during the load of the dictionary files, under the dictionary
 // lock that the loader holds; Find runs after DicoLoader::Load. The table lock (util/LockOrder.h)
@@ -19,8 +19,6 @@ struct ClsidEntry {
 
 class ClsidTable {
  public:
-  static constexpr int kBuckets = 1024;
-
   // The entry that now stands for clsid, or null when the line conflicts with it (another class
   // name, or another library where both have one) or memory ran out (then *outOfMemory, when
   // given, is set to true and the table is as it was). libraryName may be null.
@@ -28,6 +26,6 @@ class ClsidTable {
                                   const char* libraryName, bool* outOfMemory = nullptr);
   // The entry of clsid, or null.
   static const ClsidEntry* Find(const _GUID& clsid);
-  // Clears the buckets once, under SharedLocks::ClsidTableLock().
+  // Marks the table initialised, once, under SharedLocks::ClsidTableLock() (it needs no clearing).
   static void Initialize();
 };

@@ -1,15 +1,15 @@
-// The dictionary's two hash tables, the dictionary lock and the insert-or-merge operations.
+// The dictionary's two tables, the dictionary lock and the insert-or-merge operations.
 //
-// Layout: two ChainedTables of 4096 chains in static storage. A chain node holds one record and
-// the next node; nodes are allocated apart from records so that one record can hang in the name
-// table and in the GUID table. New nodes are appended, so each chain is in order of first
-// insertion; the tables' indexes find a pair without walking its chain, so that loading a
-// dictionary of a million lines stays linear although the number of buckets is fixed.
+// Layout: each table is one HashIndex (open addressing, grown by doubling) from a pair of keys to
+// its record; a record may stand in both. Records are cut from an arena and never freed; a record
+// that a failed insert made is kept aside and reused by the next insert that needs one. A pair
+// is held at most once in each table, so a lookup has one answer, and an insert finds the pair
+// and the place for it in one probe.
 //
-// Locking: every read or write of the heads, the nodes and the record fields (except reads of
+// Locking: every read or write of the tables, the arena and the record fields (except reads of
 // `creator`) happens under the dictionary lock; the pools are interned inside it (their locks
-// are innermost). Buckets are computed before the lock is taken. The failure message is written
-// after the lock has been released.
+// are innermost), a record's names under one hold of the string pool's lock. The failure
+// message is written after the lock has been released.
 #include "dictionary/DicoStore.h"
 
 #include <atomic>
@@ -18,9 +18,10 @@
 #include <cstring>
 #include <new>
 
-#include "pools/ChainedTable.h"
+#include "pools/Arena.h"
 #include "pools/GuidPool.h"
 #include "pools/HashIndex.h"
+#include "pools/KeyHash.h"
 #include "pools/StringPool.h"
 #include "util/LockOrder.h"
 #include "util/Observer.h"
@@ -30,44 +31,16 @@
 
 namespace {
 
-using DicoTable = ChainedTable<DicoEntry, DicoStore::kBuckets>;
-using DicoNode = DicoTable::Node;
+using DicoIndex = HashIndex<DicoEntry>;
 
-// Both tables are guarded by the dictionary lock.
-DicoTable g_names GUARDED_BY(SharedLocks::DictionaryLock());
-DicoTable g_guids GUARDED_BY(SharedLocks::DictionaryLock());
+// The store, guarded by the dictionary lock: the two tables, the records' arena, and the record
+// that a failed insert made (zero-filled again before it is used).
+DicoIndex g_names GUARDED_BY(SharedLocks::DictionaryLock());
+DicoIndex g_guids GUARDED_BY(SharedLocks::DictionaryLock());
+Arena g_records GUARDED_BY(SharedLocks::DictionaryLock());
+DicoEntry* g_spare GUARDED_BY(SharedLocks::DictionaryLock()) = nullptr;
 
 OnceFlag g_initialized;
-
-void* DefaultAllocate(size_t size) {
-  void* memory = std::malloc(size);
-  if (memory != nullptr) std::memset(memory, 0, size);
-  return memory;
-}
-
-std::atomic<void* (*)(size_t)> g_allocate{&DefaultAllocate};
-
-// A zero-filled T from the allocation seam, or null. Released with std::free.
-template <typename T>
-T* AllocateZeroed() {
-  void* memory = g_allocate.load(std::memory_order_acquire)(sizeof(T));
-  return memory != nullptr ? new (memory) T() : nullptr;
-}
-
-constexpr char kInsertFailed[] = "Problem allocating structure dico\n";
-
-// Through stdio like every other message of the system, so that the lines keep their order
-// whatever buffering a client gives stderr; the stream's own lock keeps one line whole.
-// An observer is told the same bytes; the message carries no file or line, it belongs to the
-// line being read when the insert came from a dictionary file.
-void ReportInsertFailure() {
-  std::fputs(kInsertFailed, stderr);
-  if (zelsysts::Observed()) {
-    zelsysts::Observation observation{zelsysts::Step::kMessage};
-    observation.text[0] = kInsertFailed;
-    zelsysts::Observe(observation);
-  }
-}
 
 // 1*b[0] + 2*b[1] + ... over signed bytes, wrapping in 32 bits.
 uint32_t WeightedSum(const signed char* bytes, size_t count) {
@@ -106,23 +79,25 @@ const char* WithoutLibPrefix(const char* lib) {
   return std::strncmp(lib, "lib", 3) == 0 ? lib + 3 : lib;
 }
 
-bool NamesMatch(const DicoEntry* entry, const char* cls, const char* itf) {
-  return std::strcmp(entry->class_name, cls) == 0 && std::strcmp(entry->interface_name, itf) == 0;
-}
-
-bool GuidsMatch(const DicoEntry* entry, const _GUID* clsid, const _GUID* iid) {
-  return SameGuid(entry->class_id, clsid) && SameGuid(entry->interface_id, iid);
-}
-
-// The first record of the bucket's chain that holds the pair.
-DicoEntry* FindNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf)
+DicoIndex::Place LocateGuidsLocked(const _GUID* clsid, const _GUID* iid)
     EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
-  return g_names.Find(bucket, hash, [&](const DicoEntry* e) { return NamesMatch(e, cls, itf); });
+  return g_guids.Locate(HashOfGuids(clsid, iid), [clsid, iid](const DicoEntry* e) {
+    return SameGuid(e->class_id, clsid) && SameGuid(e->interface_id, iid);
+  });
 }
 
-DicoEntry* FindGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid)
+// A zero-filled record for an insert, or null when memory runs out. One that the insert does
+// not keep goes back through DiscardRecordLocked.
+DicoEntry* NewRecordLocked() EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
+  void* memory = g_spare;
+  g_spare = nullptr;
+  if (memory == nullptr) memory = g_records.Allocate(sizeof(DicoEntry), alignof(DicoEntry));
+  return memory != nullptr ? new (memory) DicoEntry() : nullptr;
+}
+
+void DiscardRecordLocked(DicoEntry* record)
     EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
-  return g_guids.Find(bucket, hash, [&](const DicoEntry* e) { return GuidsMatch(e, clsid, iid); });
+  if (record != nullptr) g_spare = record;
 }
 
 // A field of a found or given record clashes with an argument when both are set and differ.
@@ -142,9 +117,10 @@ bool NamesConflictLocked(const DicoEntry& target, const char* itf, const char* c
 }
 
 // Interns value into field when field is null and value is given; false when interning failed.
-bool FillNameLocked(const char*& field, const char* value) {
-  if (field != nullptr || value == nullptr) return true;
-  field = StringPool::Intern(value);
+bool FillNameLocked(const char*& field, const StringPool::Text& value)
+    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::StringPoolLock()) {
+  if (field != nullptr || value.text == nullptr) return true;
+  field = StringPool::InternLocked(value);
   return field != nullptr;
 }
 
@@ -155,63 +131,20 @@ void PublishCreatorLocked(DicoEntry& target, void* fn) {
   }
 }
 
-// Every field is attempted, even after an earlier one could not be interned.
-bool FillNamesLocked(DicoEntry& target, const char* cls, const char* itf, const char* cutLib,
-                     const char* leaf, const char* ext, void* fn) {
-  bool ok = FillNameLocked(target.class_name, cls);
-  ok = FillNameLocked(target.interface_name, itf) && ok;
-  ok = FillNameLocked(target.library_name, cutLib) && ok;
-  ok = FillNameLocked(target.itf_leaf, leaf) && ok;
-  ok = FillNameLocked(target.extended_by, ext) && ok;
+// Every field is attempted, even after an earlier one could not be interned. The string pool's
+// lock is taken once for all the names of the record (it nests inside the dictionary lock).
+bool FillNamesLocked(DicoEntry& target, const DicoStore::Names& names, void* fn) {
+  bool ok;
+  {
+    ScopedLock pool(SharedLocks::StringPoolLock());
+    ok = FillNameLocked(target.class_name, names.cls);
+    ok = FillNameLocked(target.interface_name, names.itf) && ok;
+    ok = FillNameLocked(target.library_name, names.lib) && ok;
+    ok = FillNameLocked(target.itf_leaf, names.leaf) && ok;
+    ok = FillNameLocked(target.extended_by, names.ext) && ok;
+  }
   PublishCreatorLocked(target, fn);
   return ok;
-}
-
-DicoEntry* InsertByNamesLocked(int bucket, uint64_t hash, const char* cls, const char* itf,
-                               const char* lib, const char* leaf, const char* ext, void* fn,
-                               DicoEntry* rec, bool& outOfMemory)
-    EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
-  DicoEntry* found = FindNamesLocked(bucket, hash, cls, itf);
-
-  DicoEntry* target = found;
-  if (found != nullptr) {
-    if (rec != nullptr && rec != found) return nullptr;
-  } else if (rec != nullptr) {
-    if (rec->class_name != nullptr && std::strcmp(rec->class_name, cls) != 0) return nullptr;
-    target = rec;
-  }
-
-  const char* cutLib = lib != nullptr ? WithoutLibPrefix(lib) : nullptr;
-  // A record made here has nothing set yet, so only a found or given one can conflict.
-  if (target != nullptr && NamesConflictLocked(*target, itf, cutLib, leaf, ext, fn)) {
-    return nullptr;
-  }
-
-  DicoNode* node = nullptr;
-  DicoEntry* created = nullptr;
-  if (found == nullptr) {
-    node = g_names.NewNode();
-    if (node == nullptr) return outOfMemory = true, nullptr;
-    if (target == nullptr) {
-      created = AllocateZeroed<DicoEntry>();
-      if (created == nullptr) {
-        DicoTable::FreeNode(node);
-        return outOfMemory = true, nullptr;
-      }
-      target = created;
-    }
-  }
-
-  if (!FillNamesLocked(*target, cls, itf, cutLib, leaf, ext, fn)) {
-    // Only the interning can fail here. Nothing was linked: the node and a record made here are
-    // unreachable.
-    outOfMemory = true;
-    DicoTable::FreeNode(node);
-    std::free(created);
-    return nullptr;
-  }
-  if (node != nullptr) g_names.Append(bucket, hash, target, node);
-  return target;
 }
 
 // Sets an empty GUID field to the pooled argument (outOfMemory when it cannot be interned), or
@@ -225,61 +158,64 @@ bool SetOrMatchGuidLocked(const _GUID*& field, const _GUID* value, bool& outOfMe
   return SameGuid(field, value);
 }
 
-DicoEntry* InsertByGuidsLocked(int bucket, uint64_t hash, const _GUID* clsid, const _GUID* iid,
-                               void* fn, DicoEntry* rec, bool& outOfMemory)
+DicoEntry* InsertByGuidsLocked(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec,
+                               bool& outOfMemory)
     EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
-  DicoEntry* found = FindGuidsLocked(bucket, hash, clsid, iid);
-
-  DicoEntry* target = found;
-  DicoNode* node = nullptr;
+  const DicoIndex::Place place = LocateGuidsLocked(clsid, iid);
+  DicoEntry* target = place.item;
   DicoEntry* created = nullptr;
-  if (found != nullptr) {
-    if (rec != nullptr && rec != found) return nullptr;
+  if (target != nullptr) {
+    if (rec != nullptr && rec != target) return nullptr;
   } else {
-    node = g_guids.NewNode();
-    if (node == nullptr) return outOfMemory = true, nullptr;
+    if (!DicoIndex::HasRoom(place)) return outOfMemory = true, nullptr;
     target = rec;
     if (target == nullptr) {
-      created = AllocateZeroed<DicoEntry>();
-      if (created == nullptr) {
-        DicoTable::FreeNode(node);
-        return outOfMemory = true, nullptr;
-      }
+      created = NewRecordLocked();
+      if (created == nullptr) return outOfMemory = true, nullptr;
       target = created;
     }
     // Both empty fields are set even when the other one clashes; they stay set on failure.
     const bool classMatches = SetOrMatchGuidLocked(target->class_id, clsid, outOfMemory);
     const bool interfaceMatches = SetOrMatchGuidLocked(target->interface_id, iid, outOfMemory);
     if (!classMatches || !interfaceMatches) {
-      DicoTable::FreeNode(node);
-      std::free(created);
+      DiscardRecordLocked(created);
       return nullptr;
     }
   }
 
   void* creator = target->creator.load(std::memory_order_relaxed);
   if (creator != nullptr && creator != fn) {
-    DicoTable::FreeNode(node);
-    std::free(created);
+    DiscardRecordLocked(created);
     return nullptr;
   }
   PublishCreatorLocked(*target, fn);
-  if (node != nullptr) g_guids.Append(bucket, hash, target, node);
+  if (place.item == nullptr) g_guids.Add(place, target);
   return target;
 }
 
 }  // namespace
+
+// Through stdio like every other message of the system, so that the lines keep their order
+// whatever buffering a client gives stderr; the stream's own lock keeps one line whole.
+// An observer is told the same bytes; the message carries no file or line, it belongs to the
+// line being read when the insert came from a dictionary file.
+void DicoStore::ReportInsertFailure() {
+  static constexpr char kInsertFailed[] = "Problem allocating structure dico\n";
+  std::fputs(kInsertFailed, stderr);
+  if (zelsysts::Observed()) {
+    zelsysts::Observation observation{zelsysts::Step::kMessage};
+    observation.text[0] = kInsertFailed;
+    zelsysts::Observe(observation);
+  }
+}
 
 ZELSmartMutex& DicoStore::DictionaryLock() {
   return SharedLocks::DictionaryLock();
 }
 
 void DicoStore::Initialize() {
-  g_initialized.Run(SharedLocks::DictionaryLock(),
-                    [&]() EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock()) {
-                      g_names.Clear();
-                      g_guids.Clear();
-                    });
+  // Nothing to clear: the tables are constant-initialized empty. The flag records the call.
+  g_initialized.Run(SharedLocks::DictionaryLock(), [] {});
 }
 
 bool DicoStore::IsInitialized() {
@@ -294,18 +230,85 @@ int DicoStore::GuidBucket(const _GUID* classId, const _GUID* interfaceId) {
   return BucketOf(WeightedSum(classId), WeightedSum(interfaceId));
 }
 
+DicoStore::Names DicoStore::PrepareNames(const char* cls, const char* itf, const char* lib,
+                                         const char* leaf, const char* ext) {
+  Names names{StringPool::Prepare(cls),
+              StringPool::Prepare(itf),
+              StringPool::Prepare(lib != nullptr ? WithoutLibPrefix(lib) : nullptr),
+              StringPool::Prepare(leaf),
+              StringPool::Prepare(ext),
+              0};
+  names.pair_hash = HashOfPair(names.cls.hash, names.itf.hash);
+  return names;
+}
+
+// Starts loading the slots that an insert of names will probe first (the name table's and the
+// string pool's), so that their cache misses overlap. A hint: the indexes' Prefetch reads only
+// their atomics, so it needs no lock.
+static void PrefetchForInsert(const DicoStore::Names& names) NO_THREAD_SAFETY_ANALYSIS {
+  g_names.Prefetch(names.pair_hash);
+  for (const StringPool::Text* text : {&names.cls, &names.itf, &names.lib, &names.leaf, &names.ext})
+    StringPool::Prefetch(*text);
+}
+
+DicoStore::NamePlace DicoStore::LocateByNamesLocked(const Names& names) {
+  const char* cls = names.cls.text;
+  const char* itf = names.itf.text;
+  return g_names.Locate(names.pair_hash, [cls, itf](const DicoEntry* e) {
+    return std::strcmp(e->class_name, cls) == 0 && std::strcmp(e->interface_name, itf) == 0;
+  });
+}
+
+DicoEntry* DicoStore::InsertByNamesAtLocked(const NamePlace& place, const Names& names, void* fn,
+                                            DicoEntry* rec, bool& outOfMemory) {
+  const char* cls = names.cls.text;
+  const char* itf = names.itf.text;
+  DicoEntry* found = place.item;
+  DicoEntry* target = found;
+  if (found != nullptr) {
+    if (rec != nullptr && rec != found) return nullptr;
+  } else if (rec != nullptr) {
+    if (rec->class_name != nullptr && std::strcmp(rec->class_name, cls) != 0) return nullptr;
+    target = rec;
+  }
+
+  // A record made here has nothing set yet, so only a found or given one can conflict.
+  if (target != nullptr &&
+      NamesConflictLocked(*target, itf, names.lib.text, names.leaf.text, names.ext.text, fn)) {
+    return nullptr;
+  }
+
+  DicoEntry* created = nullptr;
+  if (found == nullptr) {
+    if (!DicoIndex::HasRoom(place)) return outOfMemory = true, nullptr;
+    if (target == nullptr) {
+      created = NewRecordLocked();
+      if (created == nullptr) return outOfMemory = true, nullptr;
+      target = created;
+    }
+  }
+
+  if (!FillNamesLocked(*target, names, fn)) {
+    // Only the interning can fail here. Nothing was linked: a record made here is kept aside.
+    outOfMemory = true;
+    DiscardRecordLocked(created);
+    return nullptr;
+  }
+  if (found == nullptr) g_names.Add(place, target);
+  return target;
+}
+
 DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char* lib,
                                     const char* leaf, const char* ext, void* fn, DicoEntry* rec,
                                     bool* outOfMemory) {
   if (cls == nullptr || itf == nullptr) return nullptr;
-  if (!IsInitialized()) Initialize();
-  const int bucket = NameBucket(cls, itf);
-  const uint64_t hash = HashOfNames(cls, itf);
+  const Names names = PrepareNames(cls, itf, lib, leaf, ext);
+  PrefetchForInsert(names);
   DicoEntry* result;
   bool lacked = false;
   {
     ScopedLock lock(SharedLocks::DictionaryLock());
-    result = InsertByNamesLocked(bucket, hash, cls, itf, lib, leaf, ext, fn, rec, lacked);
+    result = InsertByNamesAtLocked(LocateByNamesLocked(names), names, fn, rec, lacked);
   }
   if (result == nullptr) ReportInsertFailure();
   if (lacked && outOfMemory != nullptr) *outOfMemory = true;
@@ -315,14 +318,11 @@ DicoEntry* DicoStore::InsertByNames(const char* cls, const char* itf, const char
 DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec,
                                     bool* outOfMemory) {
   if (fn == nullptr || clsid == nullptr || iid == nullptr) return nullptr;
-  if (!IsInitialized()) Initialize();
-  const int bucket = GuidBucket(clsid, iid);
-  const uint64_t hash = HashOfBytes(clsid, sizeof(_GUID), iid, sizeof(_GUID));
   DicoEntry* result;
   bool lacked = false;
   {
     ScopedLock lock(SharedLocks::DictionaryLock());
-    result = InsertByGuidsLocked(bucket, hash, clsid, iid, fn, rec, lacked);
+    result = InsertByGuidsLocked(clsid, iid, fn, rec, lacked);
   }
   if (result == nullptr) ReportInsertFailure();
   if (lacked && outOfMemory != nullptr) *outOfMemory = true;
@@ -331,23 +331,27 @@ DicoEntry* DicoStore::InsertByGuids(const _GUID* clsid, const _GUID* iid, void* 
 
 DicoEntry* DicoStore::FindByNames(const char* className, const char* interfaceName) {
   if (className == nullptr || interfaceName == nullptr) return nullptr;
-  const int bucket = NameBucket(className, interfaceName);
-  const uint64_t hash = HashOfNames(className, interfaceName);
+  const uint64_t hash =
+      HashOfPair(StringPool::Prepare(className).hash, StringPool::Prepare(interfaceName).hash);
   ScopedLock lock(SharedLocks::DictionaryLock());
-  return FindNamesLocked(bucket, hash, className, interfaceName);
+  return g_names.Find(hash, [className, interfaceName](const DicoEntry* e) {
+    return std::strcmp(e->class_name, className) == 0 &&
+           std::strcmp(e->interface_name, interfaceName) == 0;
+  });
 }
 
 DicoEntry* DicoStore::FindByGuids(const _GUID* classId, const _GUID* interfaceId) {
   if (classId == nullptr || interfaceId == nullptr) return nullptr;
-  const int bucket = GuidBucket(classId, interfaceId);
-  const uint64_t hash = HashOfBytes(classId, sizeof(_GUID), interfaceId, sizeof(_GUID));
+  const uint64_t hash = HashOfGuids(classId, interfaceId);
   ScopedLock lock(SharedLocks::DictionaryLock());
-  return FindGuidsLocked(bucket, hash, classId, interfaceId);
+  return g_guids.Find(hash, [classId, interfaceId](const DicoEntry* e) {
+    return SameGuid(e->class_id, classId) && SameGuid(e->interface_id, interfaceId);
+  });
 }
 
 void DicoStore::SetAllocatorForTesting(void* (*allocate)(size_t)) {
-  g_allocate.store(allocate != nullptr ? allocate : &DefaultAllocate, std::memory_order_release);
   ScopedLock lock(SharedLocks::DictionaryLock());
   g_names.SetAllocator(allocate);
   g_guids.SetAllocator(allocate);
+  g_records.SetAllocator(allocate);
 }

@@ -1,23 +1,23 @@
 // DicoStore: the process-wide in-memory dictionary.
 //
 // Records (DicoEntry) are reachable by (class name, interface name) through the name table and
-// by (class identifier, interface identifier) through the GUID table, each of 4096 buckets with
-// chains in order of first insertion. One record may hang in both tables (a record is linked at
-// most once in each). The store owns every record and node; nothing is ever removed, so a
-// returned record stays valid for the life of the process.
+// by (class identifier, interface identifier) through the GUID table. A pair is held at most once
+// in a table, so a lookup has one answer. One record may stand in both tables (under one pair in
+// each). The store owns every record; nothing is ever removed, so a returned record stays valid
+// for the life of the process.
 //
 // Thread safety: the dictionary lock (DictionaryLock(), recursive) guards both tables, the
 // initialized flag and the fields of every record except reads of `creator`. It is taken again
 // by the thread that holds it: the loader holds it for the whole reading of the files, and
 // registration holds it across a find-or-create. Pools are interned under it (pools' locks are
-// innermost). Buckets are computed before the lock is taken.
+// innermost).
 //
 // Messages: a failed insert (a conflict, a name that cannot be interned, no memory) writes
 // "Problem allocating structure dico\n" to standard error, once per failed insert.
 //
 // Out of memory: the inserts and Register set *outOfMemory (when given) to true when they failed
-// for lack of memory (a node, a record, or the interning of a name or identifier) and leave it
-// untouched otherwise, so that one flag can gather several inserts; a conflict does not set it.
+// for lack of memory (a larger table, a record, or the interning of a name or identifier) and leave
+// it untouched otherwise, so that one flag can gather several inserts; a conflict does not set it.
 #pragma once
 
 #include <cstddef>
@@ -27,6 +27,8 @@
 #include "ZELSysTSMutex.h"
 #include "ZELSysTSTypes.h"
 #include "dictionary/DicoEntry.h"
+#include "pools/HashIndex.h"
+#include "pools/StringPool.h"
 #include "util/LockOrder.h"
 #include "util/ThreadAnnotations.h"
 
@@ -38,12 +40,14 @@ class DicoStore {
 
   // The dictionary lock, SharedLocks::DictionaryLock() (util/LockOrder.h).
   static ZELSmartMutex& DictionaryLock() LOCK_RETURNED(SharedLocks::DictionaryLock());
-  // Clears both tables once (under the dictionary lock).
+  // Marks the store initialised (under the dictionary lock). The tables need no clearing: they
+  // are constant-initialized empty, and the inserts work without it.
   static void Initialize();
   // True once Initialize has run.
   static bool IsInitialized();
 
-  // Signed-byte weighted sums (weights from 1) of each name, xor'ed, |h % 4096|.
+  // The buckets of the dictionary's pairs (4096): signed-byte weighted sums (weights from 1) of
+  // each name, xor'ed, |h % 4096|. The tables themselves find a pair through their hash index.
   static int NameBucket(const char* className, const char* interfaceName);
   // The same over the 16 bytes of each GUID.
   static int GuidBucket(const _GUID* classId, const _GUID* interfaceId);
@@ -55,11 +59,34 @@ class DicoStore {
   static DicoEntry* InsertByNames(const char* cls, const char* itf, const char* lib,
                                   const char* leaf, const char* ext, void* fn, DicoEntry* rec,
                                   bool* outOfMemory = nullptr);
+  // The names of an insert by names with their lengths and hashes (lib already without a leading
+  // "lib"), and the hash of the pair (cls, itf), computed before any lock is taken.
+  struct Names {
+    StringPool::Text cls, itf, lib, leaf, ext;
+    uint64_t pair_hash;
+  };
+  static Names PrepareNames(const char* cls, const char* itf, const char* lib, const char* leaf,
+                            const char* ext);
+  // Where the pair (names.cls, names.itf), both non-null, stands in the name table: its record,
+  // or where a record for it goes. Valid until the next change of the name table; the caller
+  // holds the dictionary lock across.
+  using NamePlace = HashIndex<DicoEntry>::Place;
+  static NamePlace LocateByNamesLocked(const Names& names)
+      EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock());
+  // InsertByNames at a place that LocateByNamesLocked gave for the names, without searching
+  // again and without the message (the caller writes it for a null result). Sets outOfMemory as
+  // below.
+  static DicoEntry* InsertByNamesAtLocked(const NamePlace& place, const Names& names, void* fn,
+                                          DicoEntry* rec, bool& outOfMemory)
+      EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::DictionaryLock());
   // Insert or merge by GUIDs. fn must not be null (null gives null silently). Returns the record
   // that now holds the pair, or null with the message on a conflict (null GUID fields of the
   // target may have been set by then).
   static DicoEntry* InsertByGuids(const _GUID* clsid, const _GUID* iid, void* fn, DicoEntry* rec,
                                   bool* outOfMemory = nullptr);
+
+  // Writes the failure line of an insert to standard error.
+  static void ReportInsertFailure();
 
   // Plain lookups under the dictionary lock; null when nothing is recorded. Never read files.
   static DicoEntry* FindByNames(const char* className, const char* interfaceName);
@@ -92,8 +119,8 @@ class DicoStore {
   // identifier table's name, else null. Reads the files first.
   static const char* NameOfGuid(const _GUID* guid);
 
-  // Test seam: the allocation function for records and nodes (calloc-like: zero-filled memory of
-  // the given size that free() releases, or null; malloc+memset by default); null restores the
-  // default. A null answer makes the insert that asked fail cleanly.
+  // Test seam: the allocation function for the records' arena blocks and the tables' arrays
+  // (memory that free() releases, or null; malloc by default); null restores the default. A null
+  // answer makes the insert that asked fail cleanly.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
 };

@@ -4,8 +4,10 @@
 // these operations has the dictionary files read.
 //
 // Each insert takes the dictionary lock by itself; a caller that needs a registration to be one
-// atomic change holds the (recursive) dictionary lock around it.
+// atomic change holds the (recursive) dictionary lock around it. Register holds it itself from
+// its one lookup by names to the insert at the place that lookup found.
 #include "dictionary/DicoStore.h"
+#include "util/ScopedLock.h"
 
 namespace {
 
@@ -19,12 +21,22 @@ DicoEntry* DicoStore::Register(const _GUID* clsid, const _GUID* iid, const char*
   if (clsid != nullptr && iid != nullptr) {
     // A record that the dictionary files made for the names gains the identifiers and the
     // creator, so that no second record is made for the class.
-    DicoEntry* byNames = haveNames ? FindByNames(cls, itf) : nullptr;
-    DicoEntry* byGuids = InsertByGuids(clsid, iid, fn, byNames, outOfMemory);
-    if (!haveNames) return byGuids;
-    // Makes that record reachable by names too; when the GUID insert failed, the names are
-    // recorded on their own.
-    return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, byGuids, outOfMemory);
+    if (!haveNames) return InsertByGuids(clsid, iid, fn, nullptr, outOfMemory);
+    const Names names = PrepareNames(cls, itf, lib, nullptr, nullptr);
+    DicoEntry* result;
+    bool lacked = false;
+    {
+      ScopedLock lock(DictionaryLock());
+      // The GUID insert leaves the name table alone, so the place stays valid.
+      const NamePlace place = LocateByNamesLocked(names);
+      DicoEntry* byGuids = InsertByGuids(clsid, iid, fn, place.item, outOfMemory);
+      // Makes that record reachable by names too; when the GUID insert failed, the names are
+      // recorded on their own.
+      result = InsertByNamesAtLocked(place, names, fn, byGuids, lacked);
+    }
+    if (result == nullptr) ReportInsertFailure();
+    if (lacked && outOfMemory != nullptr) *outOfMemory = true;
+    return result;
   }
   if (!haveNames) return nullptr;
   return InsertByNames(cls, itf, lib, nullptr, nullptr, fn, nullptr, outOfMemory);

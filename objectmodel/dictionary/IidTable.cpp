@@ -1,57 +1,46 @@
-// The interface identifier table: one entry per interface, reached by one node in the by-IID
-// chains and one node in the by-name chains.
+// The interface identifier table: one entry per interface, held by the by-IID index and by the
+// by-name index. Entries are cut from an arena and never freed.
 //
-// Storage: the tables and the initialized flag are constant-initialized and never torn down, so
-// they exist before any static initialiser runs.
+// Storage: the indexes, the arena and the initialized flag are constant-initialized and never
+// torn down, so they exist before any static initialiser runs.
 //
-// Guarded by the table's lock (SharedLocks::IidTableLock()): only the one-time clearing. The chains
-// themselves are written only during the load of the dictionary files (serialised by the dictionary
-// lock that the loader holds) and read after it, so they take no lock.
+// Guarded by the table's lock (SharedLocks::IidTableLock()): only the one-time initialisation.
+// The indexes and the arena are written only during the load of the dictionary files
+// (serialised by the dictionary lock that the loader holds) and read after it, so they take no
+// lock; their readers are lock-free (IndexReaders::kLockFree).
 #include "dictionary/IidTable.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "ZELSysTSGuid.h"
-#include "pools/ChainedTable.h"
+#include "pools/Arena.h"
 #include "pools/GuidPool.h"
 #include "pools/HashIndex.h"
+#include "pools/KeyHash.h"
 #include "pools/StringPool.h"
 #include "util/LockOrder.h"
 #include "util/OnceFlag.h"
 
 namespace {
 
-using IidChains = ChainedTable<const IidEntry, IidTable::kBuckets, IndexReaders::kLockFree>;
+using IidIndex = HashIndex<const IidEntry, IndexReaders::kLockFree>;
 
-// Written only during the load of the dictionary files (serialised by the dictionary lock that
-// the loader holds) and read after it: no lock of their own.
-IidChains g_by_iid;
-IidChains g_by_name;
+IidIndex g_by_iid;
+IidIndex g_by_name;
+Arena g_entries;
 OnceFlag g_initialized;
-void* (*g_allocate)(size_t) = &std::malloc;
 
 bool IsInitialized() {
   return g_initialized.Done();
 }
 
-uint64_t HashOfIid(const _GUID& iid) {
-  return HashOfBytes(&iid, sizeof(_GUID), nullptr, 0);
+auto ByIid(const _GUID& iid) {
+  return [&iid](const IidEntry* e) { return *e->interface_id == iid; };
 }
-uint64_t HashOfName(const char* name) {
-  return HashOfNames(name, "");
-}
-
-const IidEntry* FindByIid(const _GUID& iid) {
-  return g_by_iid.Find(IdentifierBucket(iid), HashOfIid(iid),
-                       [&iid](const IidEntry* e) { return *e->interface_id == iid; });
-}
-
-const IidEntry* FindByName(const char* name) {
-  return g_by_name.Find(InterfaceNameBucket(name), HashOfName(name), [name](const IidEntry* e) {
-    return std::strcmp(e->interface_name, name) == 0;
-  });
+auto ByName(const char* name) {
+  return [name](const IidEntry* e) { return std::strcmp(e->interface_name, name) == 0; };
 }
 
 }  // namespace
@@ -75,56 +64,58 @@ int InterfaceNameBucket(const char* name) {
 }
 
 void IidTable::Initialize() {
-  g_initialized.Run(SharedLocks::IidTableLock(), [] {
-    g_by_iid.Clear();
-    g_by_name.Clear();
-  });
+  // Nothing to clear: the indexes are constant-initialized empty. The flag records the call.
+  g_initialized.Run(SharedLocks::IidTableLock(), [] {});
 }
 
 int IidTable::Insert(const _GUID& iid, const char* name) {
   if (name == nullptr) return 0;
   if (!IsInitialized()) Initialize();
 
-  // A name is known with exactly one IID and an IID under exactly one name.
-  if (const IidEntry* known = FindByName(name)) {
-    return *known->interface_id == iid ? 1 : 0;
-  }
-  if (FindByIid(iid) != nullptr) return 0;  // known under another name
+  // Hashes first, and the four slots this insert reads started at once, so that their cache
+  // misses overlap.
+  const StringPool::Text text = StringPool::Prepare(name);
+  const uint64_t iidHash = HashOfGuid(&iid);
+  g_by_name.Prefetch(text.hash);
+  g_by_iid.Prefetch(iidHash);
+  StringPool::Prefetch(text);
+  GuidPool::Prefetch(iidHash);
 
-  const char* pooledName = StringPool::Intern(name);
-  const _GUID* pooledIid = GuidPool::Intern(&iid);
-  auto* entry = static_cast<IidEntry*>(g_allocate(sizeof(IidEntry)));
-  IidChains::Node* iidNode = g_by_iid.NewNode();
-  IidChains::Node* nameNode = g_by_name.NewNode();
-  if (pooledName == nullptr || pooledIid == nullptr || entry == nullptr || iidNode == nullptr ||
-      nameNode == nullptr) {
+  // A name is known with exactly one IID and an IID under exactly one name.
+  const IidIndex::Place byName = g_by_name.Locate(text.hash, ByName(name));
+  if (byName.item != nullptr) return *byName.item->interface_id == iid ? 1 : 0;
+  const IidIndex::Place byIid = g_by_iid.Locate(iidHash, ByIid(iid));
+  if (byIid.item != nullptr) return 0;  // known under another name
+
+  if (!IidIndex::HasRoom(byName) || !IidIndex::HasRoom(byIid)) return -1;
+  const char* pooledName = StringPool::Intern(text);
+  const _GUID* pooledIid = GuidPool::Intern(&iid, iidHash);
+  void* memory = g_entries.Allocate(sizeof(IidEntry), alignof(IidEntry));
+  if (pooledName == nullptr || pooledIid == nullptr || memory == nullptr) {
     // Out of memory, not a conflict. Nothing is linked: the table is as it was.
-    std::free(entry);
-    IidChains::FreeNode(iidNode);
-    IidChains::FreeNode(nameNode);
+    if (memory != nullptr) g_entries.Unallocate(memory, sizeof(IidEntry));
     return -1;
   }
-  entry->interface_id = pooledIid;
-  entry->interface_name = pooledName;
-  g_by_iid.Append(IdentifierBucket(iid), HashOfIid(iid), entry, iidNode);
-  g_by_name.Append(InterfaceNameBucket(name), HashOfName(name), entry, nameNode);
+  const IidEntry* entry = new (memory) IidEntry{pooledIid, pooledName};
+  g_by_iid.Add(byIid, entry);
+  g_by_name.Add(byName, entry);
   return 1;
 }
 
 void IidTable::SetAllocatorForTesting(void* (*allocate)(size_t)) {
-  g_allocate = allocate != nullptr ? allocate : &std::malloc;
   g_by_iid.SetAllocator(allocate);
   g_by_name.SetAllocator(allocate);
+  g_entries.SetAllocator(allocate);
 }
 
 const char* IidTable::FindName(const _GUID& iid) {
   if (!IsInitialized()) return nullptr;
-  const IidEntry* entry = FindByIid(iid);
+  const IidEntry* entry = g_by_iid.Find(HashOfGuid(&iid), ByIid(iid));
   return entry != nullptr ? entry->interface_name : nullptr;
 }
 
 const _GUID* IidTable::FindIid(const char* name) {
   if (name == nullptr || !IsInitialized()) return nullptr;
-  const IidEntry* entry = FindByName(name);
+  const IidEntry* entry = g_by_name.Find(HashOfText(name, std::strlen(name)), ByName(name));
   return entry != nullptr ? entry->interface_id : nullptr;
 }

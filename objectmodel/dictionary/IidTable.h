@@ -1,8 +1,7 @@
 // IidTable: the interface identifier table, filled from ".iidts" files. Knows each interface by
 // name and by IID in both directions and keeps the relation one-to-one.
 //
-// Two chains of 1024 buckets (by IID with IdentifierBucket, by name with InterfaceNameBucket)
-// lead to shared entries; new nodes go at the end of their chains. Nothing is ever removed.
+// Two indexes (by IID, by name) lead to shared entries. Nothing is ever removed.
 //
 // Thread safety: inserts run only during the one load of the dictionary files, serialised by
 // the dictionary lock that the loader holds; lookups happen after the load, when the table no
@@ -14,7 +13,8 @@
 
 #include "ZELSysTSTypes.h"
 
-// Sum of i * (signed) byte[i] over the 16 bytes in memory order, low 10 bits.
+// The identifier tables' bucket functions (1024 buckets; the tables themselves find a key through
+// their hash indexes). Sum of i * (signed) byte[i] over the 16 bytes in memory order, low 10 bits.
 int IdentifierBucket(const _GUID& guid);
 // Sum of i * (signed) name[i], low 10 bits. Empty and one-character names give 0.
 int InterfaceNameBucket(const char* name);
@@ -36,10 +36,10 @@ class IidTable {
   static const char* FindName(const _GUID& iid);
   // The pooled IID of name, or null. Does not initialise the table.
   static const _GUID* FindIid(const char* name);
-  // Clears both tables once, under SharedLocks::IidTableLock().
+  // Marks the table initialised, once, under SharedLocks::IidTableLock() (it needs no clearing).
   static void Initialize();
 
-  // Test seam: the allocation function for entries, nodes and indexes (malloc by default);
+  // Test seam: the allocation function for the entries' arena and the indexes (malloc by default);
   // null restores it. Called before any insert.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
 };

@@ -3,7 +3,9 @@
 #include <cstring>
 
 #include "ZELSysTSGuid.h"
-#include "pools/ChainedTable.h"
+#include "pools/Arena.h"
+#include "pools/HashIndex.h"
+#include "pools/KeyHash.h"
 #include "util/LockOrder.h"
 #include "util/OnceFlag.h"
 #include "util/ScopedLock.h"
@@ -11,53 +13,48 @@
 
 namespace {
 
-// A pooled GUID: the node of the table holds a pointer to it, and the pointer is what callers
-// get. Never freed.
-using PooledGuid = _GUID;
+// The pool, constant-initialized: every pooled GUID by its hash, and the GUIDs themselves.
+// Both guarded by the GUID pool's lock (innermost).
+struct GuidPoolState {
+  HashIndex<const _GUID> index;
+  Arena guids;
+};
 
-// The pool: chains in order of first interning, guarded by the GUID pool's lock (innermost).
-ChainedTable<PooledGuid, GuidPool::kBuckets> g_pool GUARDED_BY(SharedLocks::GuidPoolLock());
+GuidPoolState g_pool GUARDED_BY(SharedLocks::GuidPoolLock());
 OnceFlag g_initialized;
-std::atomic<void* (*)(size_t)> g_allocate{&std::malloc};
 
 }  // namespace
 
 void GuidPool::Initialize() {
-  g_initialized.Run(SharedLocks::GuidPoolLock(),
-                    [&]()
-                        EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::GuidPoolLock()) { g_pool.Clear(); });
-}
-
-uint32_t GuidPool::Bucket(const _GUID* guid) {
-  unsigned char bytes[16];
-  std::memcpy(bytes, guid, 16);
-  uint32_t sum = guid->Data1;
-  for (uint32_t i = 1; i < 16; ++i) sum += i * bytes[i];
-  return sum & 0xFFFu;
+  g_initialized.Run(SharedLocks::GuidPoolLock(), [] {});
 }
 
 const _GUID* GuidPool::Intern(const _GUID* guid) {
-  if (guid == nullptr) return nullptr;
-  if (!g_initialized.Done()) Initialize();
+  return guid != nullptr ? Intern(guid, HashOfGuid(guid)) : nullptr;
+}
 
-  const int bucket = static_cast<int>(Bucket(guid));
-  const uint64_t hash = HashOfBytes(guid, 16, nullptr, 0);
+// The index's Prefetch reads only its atomics (see HashIndex), so it needs no lock.
+void GuidPool::Prefetch(uint64_t hash) {
+  g_pool.index.Prefetch(hash);
+}
+
+const _GUID* GuidPool::Intern(const _GUID* guid, uint64_t hash) {
+  if (guid == nullptr) return nullptr;
+  const _GUID key = *guid;
   ScopedLock guard(SharedLocks::GuidPoolLock());
-  PooledGuid* found =
-      g_pool.Find(bucket, hash, [guid](const PooledGuid* pooled) { return *pooled == *guid; });
-  if (found != nullptr) return found;
-  auto* pooled = static_cast<PooledGuid*>(g_allocate.load(std::memory_order_relaxed)(16));
+  HashIndex<const _GUID>::Place place =
+      g_pool.index.Locate(hash, [&key](const _GUID* pooled) { return *pooled == key; });
+  if (place.item != nullptr) return place.item;
+  if (!HashIndex<const _GUID>::HasRoom(place)) return nullptr;
+  auto* pooled = static_cast<_GUID*>(g_pool.guids.Allocate(sizeof(_GUID), alignof(_GUID)));
   if (pooled == nullptr) return nullptr;
-  std::memcpy(pooled, guid, 16);
-  if (!g_pool.Append(bucket, hash, pooled)) {
-    std::free(pooled);
-    return nullptr;
-  }
+  *pooled = key;
+  g_pool.index.Add(place, pooled);
   return pooled;
 }
 
 void GuidPool::SetAllocatorForTesting(void* (*allocate)(size_t)) {
-  g_allocate.store(allocate != nullptr ? allocate : &std::malloc);
   ScopedLock guard(SharedLocks::GuidPoolLock());
-  g_pool.SetAllocator(allocate);
+  g_pool.index.SetAllocator(allocate);
+  g_pool.guids.SetAllocator(allocate);
 }

@@ -1,32 +1,34 @@
 // GuidPool: the process-wide pool of interned 16-byte GUIDs.
 //
 // Invariants: equal content (all 16 bytes) gives the same pointer; a pooled GUID is never
-// moved, changed or freed until the process ends. Each of the 4096 chains is in order of first
-// interning.
+// moved, changed or freed until the process ends. GUIDs are packed into the pool's arena.
 //
 // Thread safety: every operation may be called from any thread. The GUID pool's lock
-// (SharedLocks::GuidPoolLock()) guards the chains; it is innermost (see util/LockOrder.h). The
-// bucket is computed before it is taken.
+// (SharedLocks::GuidPoolLock()) guards the index and the arena; it is innermost (see
+// util/LockOrder.h). The hash is computed before it is taken.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "ZELSysTSTypes.h"
+#include "util/ThreadAnnotations.h"
 
 class GuidPool {
  public:
-  static constexpr int kBuckets = 4096;
-
-  // The pooled copy of *guid, or null when guid is null (or memory cannot be obtained).
+  // The pooled copy of *guid, or null when guid is null (or memory cannot be obtained; nothing
+  // is stored then).
   static const _GUID* Intern(const _GUID* guid);
-  // Clears the chain heads once; Intern runs it on first use.
+  // As Intern, given the GUID's hash (HashOfGuid, pools/KeyHash.h), computed before.
+  static const _GUID* Intern(const _GUID* guid, uint64_t hash);
+  // Starts loading what interning a GUID of that hash will read first (a hint; any thread, no
+  // lock).
+  static void Prefetch(uint64_t hash) NO_THREAD_SAFETY_ANALYSIS;
+  // Marks the pool initialised. The pool needs no clearing (it is constant-initialized empty);
+  // Intern works without it.
   static void Initialize();
 
-  // Bucket: Data1 (native order) + sum of i * byte[i] for i in 1..15, wrapping, low 12 bits.
-  static uint32_t Bucket(const _GUID* guid);
-
-  // Test seam: the allocation function used for GUIDs, nodes and the index (malloc by default);
-  // null restores it.
+  // Test seam: the allocation function used for the arena's blocks and the index (malloc by
+  // default); null restores it.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
 };

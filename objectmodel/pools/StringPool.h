@@ -1,36 +1,50 @@
 // StringPool: the process-wide pool of interned NUL-terminated byte strings.
 //
 // Invariants: equal content gives the same pointer; a pooled text is never moved, changed or
-// freed until the process ends. Texts are packed into 5000-byte chunks; each of the 4096 chains
-// is ordered by length (longest first), then by ascending strcmp order, whatever the order of
-// interning.
+// freed until the process ends. Texts are packed one after another, each with its terminator,
+// into the pool's arena; a text of kChunkBytes bytes or more is never pooled.
 //
 // Thread safety: every operation may be called from any thread. One lock,
-// SharedLocks::StringPoolLock(), guards the chains, the chunks, the write position and the bytes
-// left; it is the innermost lock of the system (see util/LockOrder.h). The bucket and length are
-// computed before it is taken.
+// SharedLocks::StringPoolLock(), guards the index and the arena; it is the innermost lock of the
+// system (see util/LockOrder.h). Length and hash are computed before it is taken. A caller that
+// interns several names in a row (a dictionary line) may take it once around InternLocked calls.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "util/LockOrder.h"
+#include "util/ThreadAnnotations.h"
+
 class StringPool {
  public:
-  static constexpr int kBuckets = 4096;
   static constexpr int32_t kChunkBytes = 5000;
 
-  // The pooled copy of text (equal by strcmp), or null when text is null, its length is 5000
-  // bytes or more, or memory cannot be obtained; nothing is stored on failure. Callers never
-  // free or write through the result.
+  // A text with its length and hash, computed before any lock is taken (text may be null).
+  struct Text {
+    const char* text;
+    size_t length;
+    uint64_t hash;
+  };
+  static Text Prepare(const char* text);
+
+  // The pooled copy of text (equal by strcmp), or null when text is null, its length is
+  // kChunkBytes bytes or more, or memory cannot be obtained; nothing is stored on failure.
+  // Callers never free or write through the result.
   static const char* Intern(const char* text);
-  // Clears the chain heads once; Intern runs it on first use.
+  // As Intern, for a prepared text.
+  static const char* Intern(const Text& text);
+  // As Intern, for a caller that holds the pool's lock.
+  static const char* InternLocked(const Text& text)
+      EXCLUSIVE_LOCKS_REQUIRED(SharedLocks::StringPoolLock());
+  // Starts loading what interning text will read first, so that a caller can overlap it with
+  // other work (a hint; any thread, no lock).
+  static void Prefetch(const Text& text) NO_THREAD_SAFETY_ANALYSIS;
+  // Marks the pool initialised. The pool needs no clearing (it is constant-initialized empty);
+  // Intern works without it.
   static void Initialize();
 
-  // Bucket of a text: sum of i * (unsigned) text[i], wrapping in 32 bits, low 12 bits. Stores
-  // the length in *length when length is not null.
-  static uint32_t Bucket(const char* text, int32_t* length);
-
-  // Test seam: the allocation function used for chunks, nodes, the chains' sorted mirrors and the
-  // index (malloc by default). Passing null restores malloc.
+  // Test seam: the allocation function used for the arena's blocks and the index (malloc by
+  // default). Passing null restores malloc.
   static void SetAllocatorForTesting(void* (*allocate)(size_t));
 };

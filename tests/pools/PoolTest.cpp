@@ -1,5 +1,5 @@
 // The string and GUID pools: equal content gives one pointer to a copy; a failed allocation
-// stores nothing; when the index and the sorted mirrors cannot grow, the chains are walked.
+// stores nothing, and a later call succeeds.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -40,48 +40,36 @@ TEST(PoolTest, EqualContentGivesOnePointerAndNullGivesNull) {
   EXPECT_EQ(StringPool::Intern(std::string(StringPool::kChunkBytes, 'y').c_str()), nullptr);
 }
 
-int g_granted = 0;  // how many more allocations Countdown grants
-const auto Countdown = [](size_t size) { return g_granted-- > 0 ? std::malloc(size) : nullptr; };
+bool g_refuse = false;
+void* Refusing(size_t size) {
+  return g_refuse ? nullptr : std::malloc(size);
+}
 
+// Without memory, a value that needs some (an index array, a new arena block: every eighth text
+// is the longest there is, 511 GUIDs fill a first block) is refused and nothing is stored; with
+// memory back it is pooled, and everything pooled before still gives its pointer.
 TEST(PoolTest, AFailedAllocationStoresNothingAndALaterCallSucceeds) {
-  const auto known = InternTwice("Known", kGuid);
-  // Granting none fails a text's node and a GUID's copy; granting one fails a text's chunk (the
-  // longest text there is needs a chunk of its own) and a GUID's node.
-  for (int granted : {0, 1}) {
-    const std::string text(StringPool::kChunkBytes - 1, static_cast<char>('a' + granted));
-    const _GUID guid = Guid(2 + granted);
-    g_granted = granted;
-    StringPool::SetAllocatorForTesting(Countdown);
-    EXPECT_EQ(StringPool::Intern(text.c_str()), nullptr) << granted;
-    g_granted = granted;
-    GuidPool::SetAllocatorForTesting(Countdown);
-    EXPECT_EQ(GuidPool::Intern(&guid), nullptr) << granted;
-    EXPECT_EQ(std::make_pair(StringPool::Intern("Known"), GuidPool::Intern(&kGuid)), known)
-        << "finding needs no memory";
-    StringPool::SetAllocatorForTesting(nullptr);
-    GuidPool::SetAllocatorForTesting(nullptr);
-    InternTwice(text, guid);
+  StringPool::SetAllocatorForTesting(&Refusing);
+  GuidPool::SetAllocatorForTesting(&Refusing);
+  std::vector<std::pair<std::string, _GUID>> values;
+  int refusedTexts = 0, refusedGuids = 0;
+  for (uint32_t i = 1; i < 600; ++i) {
+    const std::string text = i % 8 ? "Name" + std::to_string(i)
+                                   : std::string(StringPool::kChunkBytes - 1, char('A' + i / 8));
+    values.emplace_back(text, Guid(i));
+    g_refuse = true;
+    const auto refusedOrPooled =
+        std::make_pair(StringPool::Intern(text.c_str()), GuidPool::Intern(&values.back().second));
+    g_refuse = false;
+    refusedTexts += !refusedOrPooled.first;
+    refusedGuids += !refusedOrPooled.second;
+    const auto pooled = InternTwice(text, values.back().second);
+    EXPECT_TRUE(!refusedOrPooled.first || refusedOrPooled.first == pooled.first) << i;
+    EXPECT_TRUE(!refusedOrPooled.second || refusedOrPooled.second == pooled.second) << i;
   }
-}
-
-// Refuses the arrays that grow by doubling (index slots, sorted mirrors: power-of-two sizes from
-// 32 bytes), never a GUID, a node or a chunk. An index that is refused gives up for good.
-int g_refused = 0;
-void* NoGrowingArrays(size_t size) {
-  return size < 32 || (size & (size - 1)) != 0 ? std::malloc(size) : (++g_refused, nullptr);
-}
-
-TEST(PoolTest, WhenTheIndexAndMirrorsCannotGrowTheChainsAreWalked) {
-  StringPool::SetAllocatorForTesting(&NoGrowingArrays);
-  GuidPool::SetAllocatorForTesting(&NoGrowingArrays);
-  constexpr int kValues = 20000;  // several in each of the 4096 chains of each pool
-  std::vector<std::pair<const char*, const _GUID*>> first;
-  for (int i = 0; i < 2 * kValues && !HasFailure(); ++i) {  // twice over all values
-    const auto pooled = InternTwice("Name" + std::to_string(i % kValues), Guid(i % kValues));
-    if (i < kValues) first.push_back(pooled);
-    EXPECT_EQ(pooled, first[i % kValues]);
-  }
-  EXPECT_GT(g_refused, 2) << "no sorted mirror was refused";  // the two indexes ask once
+  // Each index is refused its first array and four larger ones; more texts need a new block.
+  EXPECT_TRUE(refusedTexts > 5 && refusedGuids == 6) << refusedTexts << " " << refusedGuids;
+  for (const auto& value : values) InternTwice(value.first, value.second);
 }
 
 }  // namespace

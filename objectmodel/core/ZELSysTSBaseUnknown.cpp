@@ -18,31 +18,29 @@ ZELSysTSMetaClass* ZELSysTSBaseUnknown::meta_object = nullptr;
 
 namespace {
 
-// The extension view of an object: its class's extension meta object, or null for an ordinary
-// object (no meta object, no effective meta object, or a class that is not an extension).
-ZELSysTSMetaClassExt* ExtensionMetaOf(const ZELSysTSBaseUnknown* object) {
-  ZELSysTSMetaClassBase* eff = EffectiveMetaOf(object->GetMetaObject());
-  return eff != nullptr ? eff->GetExtensionMetaClass() : nullptr;
-}
-
 // What AddRef and Release forward to: the object that an extension extends and the extension's
 // kind. `extended` is null for an ordinary object and for an extension that has no object yet;
 // both then count for themselves. The link is read only once the object is known to be an
 // extension: an extension's link is set once, before the extension is handed out, so it is read
 // without the lock; an ordinary object's link is its chain head, which a QueryInterface appends
 // to under the lock, and is not read here at all.
+//
+// The extension view (meta object, effective meta object, extension meta class) is told by the
+// effective meta object's class: only an extension meta object has an extension meta class,
+// itself, so no call beyond GetMetaObject() is made for the library's own meta objects.
 struct Forwarding {
-  ZELSysTSMetaClassExt* ext;
+  bool extension;
   ZELSysTSBaseUnknown* extended;
   ZELSysTSTypeOfClass type;
 };
 
 Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
-  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(object);
-  if (ext == nullptr) return Forwarding{nullptr, nullptr, ZELSysTSTypeBase};
+  const EffectiveMetaView view = EffectiveMetaViewOf(object->GetMetaObject());
+  if (view.kind != LibraryMetaKind::kExtension) return Forwarding{false, nullptr, ZELSysTSTypeBase};
   ZELSysTSBaseUnknown* extended = ZELSysTSBaseUnknownAccess::Extended(object);
-  if (extended == nullptr) return Forwarding{ext, nullptr, ZELSysTSTypeBase};
-  return Forwarding{ext, extended, ext->GetTypeOfClass()};
+  if (extended == nullptr) return Forwarding{true, nullptr, ZELSysTSTypeBase};
+  return Forwarding{true, extended,
+                    static_cast<ZELSysTSMetaClassExt*>(view.meta)->GetTypeOfClass()};
 }
 
 }  // namespace
@@ -116,18 +114,22 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
   {
     ScopedObjectLock lock(this);
     if (reference_count == 0) return E_UNEXPECTED;
-    ZELSysTSMetaClass* meta = GetMetaObject();
-    if (meta == nullptr) return E_NOINTERFACE;
-    ZELSysTSMetaClassBase* eff = EffectiveMetaOf(meta);
-    if (eff == nullptr) return E_NOINTERFACE;
+    // No meta object, or no effective meta object of the library's own: no interfaces.
+    const EffectiveMetaView eff = EffectiveMetaViewOf(GetMetaObject());
+    if (eff.meta == nullptr) return E_NOINTERFACE;
 
-    if (eff->GetExtensionMetaClass() == nullptr) {
+    if (eff.kind != LibraryMetaKind::kExtension) {
       if (iid == ZELSysTSIID_IUnknown || iid == CLSID_ZELSysTSBaseUnknown) {
         ++reference_count;
         *ppv = this;
         return S_OK;
       }
-      ZELSysTSInterfaceCreator creator = eff->FindInterfaceCreator(iid);
+      // A plain meta object has no creators; an implementation meta object is asked without a
+      // virtual call (its class is known, and FindInterfaceCreator is FindCreator).
+      ZELSysTSInterfaceCreator creator =
+          eff.kind == LibraryMetaKind::kImplementation
+              ? static_cast<ZELSysTSMetaClassImpl*>(eff.meta)->FindCreator(iid)
+              : nullptr;
       if (creator == nullptr) return E_NOINTERFACE;
       // The creator runs under this object's lock: it may resolve (and append to) the
       // extension chain, which locks the object again.
@@ -200,7 +202,7 @@ uint32_t ZELSysTSBaseUnknown::Release() {
   }
   if (count != 0) return count;
 
-  if (to.ext == nullptr) {
+  if (!to.extension) {
     // The object owns its chain: every chained extension and its node go with it, in chain
     // order. An extension's count stands for references on this object, so it is destroyed
     // outright, not released.

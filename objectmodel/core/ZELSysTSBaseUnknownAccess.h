@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "ZELSysTSBaseUnknown.h"
+#include "util/ThreadAnnotations.h"
 
 class ZELSysTSChainExtension;
 
@@ -20,5 +21,14 @@ struct ZELSysTSBaseUnknownAccess {
   }
   static ZELSysTSBaseUnknown* Extended(const ZELSysTSBaseUnknown* o) {
     return static_cast<ZELSysTSBaseUnknown*>(o->link);
+  }
+  // Lock() and Unlock() inlined, for the library's own hot paths: the object must have a mutex.
+  static void Lock(ZELSysTSBaseUnknown* o) NO_THREAD_SAFETY_ANALYSIS {
+    (o->mutex.*(&ZELMutex::LockF))();
+    ++o->lock_count;
+  }
+  static void Unlock(ZELSysTSBaseUnknown* o) NO_THREAD_SAFETY_ANALYSIS {
+    --o->lock_count;
+    (o->mutex.*(&ZELMutex::UnlockF))();
   }
 };

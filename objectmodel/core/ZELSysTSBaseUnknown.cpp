@@ -34,7 +34,7 @@ struct Forwarding {
   ZELSysTSTypeOfClass type;
 };
 
-Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
+inline Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
   const EffectiveMetaView view = EffectiveMetaViewOf(object->GetMetaObject());
   if (view.kind != LibraryMetaKind::kExtension) return Forwarding{false, nullptr, ZELSysTSTypeBase};
   ZELSysTSBaseUnknown* extended = ZELSysTSBaseUnknownAccess::Extended(object);

@@ -62,11 +62,13 @@ inline LibraryMetaKind LibraryMetaKindOf(const ZELSysTSMetaClass* meta) {
   const void* vtable;
   std::memcpy(&vtable, static_cast<const void*>(meta), sizeof vtable);
   // Implementation classes first: they answer most queries.
-  for (LibraryMetaKind kind :
-       {LibraryMetaKind::kImplementation, LibraryMetaKind::kPlain, LibraryMetaKind::kExtension}) {
+  const auto is = [vtable](LibraryMetaKind kind) {
     const int slot = static_cast<int>(kind) - 1;
-    if (g_library_meta_vtables[slot].load(std::memory_order_acquire) == vtable) return kind;
-  }
+    return g_library_meta_vtables[slot].load(std::memory_order_acquire) == vtable;
+  };
+  if (is(LibraryMetaKind::kImplementation)) return LibraryMetaKind::kImplementation;
+  if (is(LibraryMetaKind::kPlain)) return LibraryMetaKind::kPlain;
+  if (is(LibraryMetaKind::kExtension)) return LibraryMetaKind::kExtension;
   return LibraryMetaKind::kForeign;
 }
 

@@ -147,26 +147,31 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
   return extended->QueryInterface(iid, ppv);
 }
 
+// An object without a link counts for itself whatever its class, so the extension view (a call
+// of GetMetaObject()) is worked out only for an object that has one: a chained or transient
+// extension, or an ordinary object with chained extensions.
 uint32_t ZELSysTSBaseUnknown::AddRef() {
-  const Forwarding to = ForwardingOf(this);
-  ZELSysTSBaseUnknown* extended = to.extended;
-  if (extended != nullptr) {
-    switch (to.type) {
-      case ZELSysTSTypeChainedExtension:
-        // A chained extension lives as long as its object: its references are the object's.
-        return extended->AddRef();
-      case ZELSysTSTypeTransientExtension: {
-        uint32_t count;
-        {
-          ScopedObjectLock lock(this);
-          count = ++reference_count;
+  if (ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr) {
+    const Forwarding to = ForwardingOf(this);
+    ZELSysTSBaseUnknown* extended = to.extended;
+    if (extended != nullptr) {
+      switch (to.type) {
+        case ZELSysTSTypeChainedExtension:
+          // A chained extension lives as long as its object: its references are the object's.
+          return extended->AddRef();
+        case ZELSysTSTypeTransientExtension: {
+          uint32_t count;
+          {
+            ScopedObjectLock lock(this);
+            count = ++reference_count;
+          }
+          // Each reference on a transient extension holds one on the object it extends.
+          extended->AddRef();
+          return count;
         }
-        // Each reference on a transient extension holds one on the object it extends.
-        extended->AddRef();
-        return count;
+        default:
+          break;
       }
-      default:
-        break;
     }
   }
   ScopedObjectLock lock(this);
@@ -174,24 +179,28 @@ uint32_t ZELSysTSBaseUnknown::AddRef() {
 }
 
 uint32_t ZELSysTSBaseUnknown::Release() {
-  const Forwarding to = ForwardingOf(this);
-  ZELSysTSBaseUnknown* extended = to.extended;
-  if (extended != nullptr) {
-    switch (to.type) {
-      case ZELSysTSTypeChainedExtension:
-        return extended->Release();
-      case ZELSysTSTypeTransientExtension: {
-        uint32_t count;
-        {
-          ScopedObjectLock lock(this);
-          count = --reference_count;
+  Forwarding to = {false, nullptr, ZELSysTSTypeBase};
+  const bool linked = ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr;
+  if (linked) {
+    to = ForwardingOf(this);
+    ZELSysTSBaseUnknown* extended = to.extended;
+    if (extended != nullptr) {
+      switch (to.type) {
+        case ZELSysTSTypeChainedExtension:
+          return extended->Release();
+        case ZELSysTSTypeTransientExtension: {
+          uint32_t count;
+          {
+            ScopedObjectLock lock(this);
+            count = --reference_count;
+          }
+          if (count == 0) delete this;
+          extended->Release();
+          return count;
         }
-        if (count == 0) delete this;
-        extended->Release();
-        return count;
+        default:
+          break;
       }
-      default:
-        break;
     }
   }
 
@@ -202,6 +211,8 @@ uint32_t ZELSysTSBaseUnknown::Release() {
   }
   if (count != 0) return count;
 
+  // The last reference. An ordinary object may have gained its chain since the link was tested.
+  if (!linked && link != nullptr) to = ForwardingOf(this);
   if (!to.extension) {
     // The object owns its chain: every chained extension and its node go with it, in chain
     // order. An extension's count stands for references on this object, so it is destroyed

@@ -211,8 +211,9 @@ uint32_t ZELSysTSBaseUnknown::Release() {
   }
   if (count != 0) return count;
 
-  // The last reference. An ordinary object may have gained its chain since the link was tested.
-  if (!linked && link != nullptr) to = ForwardingOf(this);
+  // The last reference. An object found without a link is torn down as an ordinary one: it may
+  // have gained a chain since (only an ordinary object does), and an unlinked extension has
+  // nothing to tear down.
   if (!to.extension) {
     // The object owns its chain: every chained extension and its node go with it, in chain
     // order. An extension's count stands for references on this object, so it is destroyed

@@ -124,7 +124,8 @@ for what, program, run, measure, floor, goal, kind in ROWS:
                  "time": f"≤ {seconds(goal)}", "value": f"≤ {goal:g}"}.get(kind, "—")
     if judged is not None:
         goal_text += " met" if judged <= goal else " not met"
-    print(f"| {what} | {shown(now, measure) if now is not None else 'not run'} | "
+    missing = "not run" if run not in best.get(program, {}) else f"no `{measure}`"
+    print(f"| {what} | {shown(now, measure) if now is not None else missing} | "
           f"{shown(ref, measure) if ref is not None else '—'} | "
           f"{f'{ratio:.2f}×' if ratio is not None else '—'} | {goal_text} |")
 

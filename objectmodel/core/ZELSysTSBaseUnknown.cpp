@@ -43,6 +43,26 @@ inline Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
                     static_cast<ZELSysTSMetaClassExt*>(view.meta)->GetTypeOfClass()};
 }
 
+// The last reference to object is gone: an ordinary object takes its chain with it (in chain
+// order; an extension's count stands for references on this object, so it is destroyed
+// outright, not released), then the object is destroyed. Release tears down an object found
+// without a link as an ordinary one: it may have gained a chain since (only an ordinary object
+// does), and an unlinked extension has none.
+__attribute__((noinline)) void DestroyLast(ZELSysTSBaseUnknown* object, bool extension) {
+  if (!extension) {
+    ZELSysTSChainExtension* node = ZELSysTSBaseUnknownAccess::ChainHead(object);
+    ZELSysTSBaseUnknownAccess::SetLink(object, nullptr);
+    while (node != nullptr) {
+      ZELSysTSChainExtension* next = node->GetNext();
+      ZELSysTSBaseUnknown* chained = nullptr;
+      if (node->GetExtension(chained) == S_OK) delete chained;
+      delete node;
+      node = next;
+    }
+  }
+  delete object;
+}
+
 }  // namespace
 
 ZELSysTSBaseUnknown::ZELSysTSBaseUnknown(unsigned char threadSafe)
@@ -149,85 +169,60 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
 
 // An object without a link counts for itself whatever its class, so the extension view (a call
 // of GetMetaObject()) is worked out only for an object that has one: a chained or transient
-// extension, or an ordinary object with chained extensions.
+// extension, or an ordinary object with chained extensions. That work is kept out of line, so
+// that the common path is the lock pair around the count and little else.
 uint32_t ZELSysTSBaseUnknown::AddRef() {
   if (ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr) {
-    const Forwarding to = ForwardingOf(this);
-    ZELSysTSBaseUnknown* extended = to.extended;
-    if (extended != nullptr) {
-      switch (to.type) {
-        case ZELSysTSTypeChainedExtension:
-          // A chained extension lives as long as its object: its references are the object's.
-          return extended->AddRef();
-        case ZELSysTSTypeTransientExtension: {
-          uint32_t count;
-          {
-            ScopedObjectLock lock(this);
-            count = ++reference_count;
-          }
-          // Each reference on a transient extension holds one on the object it extends.
-          extended->AddRef();
-          return count;
-        }
-        default:
-          break;
+    const auto linked = [this]() __attribute__((noinline))->uint32_t {
+      const Forwarding to = ForwardingOf(this);
+      ZELSysTSBaseUnknown* extended = to.extended;
+      if (extended != nullptr && to.type == ZELSysTSTypeChainedExtension) {
+        // A chained extension lives as long as its object: its references are the object's.
+        return extended->AddRef();
       }
-    }
+      uint32_t count;
+      {
+        ScopedObjectLock lock(this);
+        count = ++reference_count;
+      }
+      // Each reference on a transient extension holds one on the object it extends.
+      if (extended != nullptr && to.type == ZELSysTSTypeTransientExtension) extended->AddRef();
+      return count;
+    };
+    return linked();
   }
   ScopedObjectLock lock(this);
   return ++reference_count;
 }
 
 uint32_t ZELSysTSBaseUnknown::Release() {
-  Forwarding to = {false, nullptr, ZELSysTSTypeBase};
-  const bool linked = ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr;
-  if (linked) {
-    to = ForwardingOf(this);
-    ZELSysTSBaseUnknown* extended = to.extended;
-    if (extended != nullptr) {
-      switch (to.type) {
-        case ZELSysTSTypeChainedExtension:
-          return extended->Release();
-        case ZELSysTSTypeTransientExtension: {
-          uint32_t count;
-          {
-            ScopedObjectLock lock(this);
-            count = --reference_count;
-          }
-          if (count == 0) delete this;
-          extended->Release();
-          return count;
-        }
-        default:
-          break;
+  if (ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr) {
+    const auto linked = [this]() __attribute__((noinline))->uint32_t {
+      const Forwarding to = ForwardingOf(this);
+      ZELSysTSBaseUnknown* extended = to.extended;
+      if (extended != nullptr && to.type == ZELSysTSTypeChainedExtension) {
+        return extended->Release();
       }
-    }
+      uint32_t count;
+      {
+        ScopedObjectLock lock(this);
+        count = --reference_count;
+      }
+      if (extended != nullptr && to.type == ZELSysTSTypeTransientExtension) {
+        if (count == 0) delete this;
+        extended->Release();
+        return count;
+      }
+      if (count == 0) DestroyLast(this, to.extension);
+      return count;
+    };
+    return linked();
   }
-
   uint32_t count;
   {
     ScopedObjectLock lock(this);
     count = --reference_count;
   }
-  if (count != 0) return count;
-
-  // The last reference. An object found without a link is torn down as an ordinary one: it may
-  // have gained a chain since (only an ordinary object does), and an unlinked extension has
-  // nothing to tear down.
-  if (!to.extension) {
-    // The object owns its chain: every chained extension and its node go with it, in chain
-    // order. An extension's count stands for references on this object, so it is destroyed
-    // outright, not released.
-    ZELSysTSChainExtension* node = static_cast<ZELSysTSChainExtension*>(link);
-    link = nullptr;
-    while (node != nullptr) {
-      ZELSysTSChainExtension* next = node->GetNext();
-      ZELSysTSBaseUnknown* extension = nullptr;
-      if (node->GetExtension(extension) == S_OK) delete extension;
-      delete node;
-      node = next;
-    }
-  }
-  delete this;
-  return 0;
+  if (count == 0) DestroyLast(this, false);
+  return count;
 }

@@ -8,8 +8,10 @@
 #           nlohmann-json (the dictionary tool's tests parse its JSON); Graphviz stays optional
 #   clang   the clang builds (thread-safety analysis, ThreadSanitizer): clang and its runtimes
 #   valgrind  the demonstration under valgrind's memcheck (continuous integration)
+#   bench   tools/bench.sh: Google Benchmark, GLib (the registration benchmark's peer), python3
 # Google Benchmark (libbenchmark-dev) and GLib (libglib2.0-dev, a baseline of one benchmark) are
-# never required: without them the benchmarks, or that baseline, are left out.
+# never required by the build and the tests: without them the benchmarks, or that baseline, are
+# left out.
 #
 # zelsysts_parallelism: CMAKE_BUILD_PARALLEL_LEVEL and CTEST_PARALLEL_LEVEL, the one way every
 # script and preset is told how many jobs to run, default to the number of processors.
@@ -20,6 +22,7 @@ zelsysts_packages_for() {
     tests) echo libgtest-dev pkg-config nlohmann-json3-dev ;;
     clang) echo clang libclang-rt-14-dev ;;
     valgrind) echo valgrind ;;
+    bench) echo libbenchmark-dev libglib2.0-dev pkg-config python3 ;;
     *) echo "zelsysts_require: unknown need '$1'" >&2; return 1 ;;
   esac
 }

@@ -3,16 +3,17 @@
 #pragma once
 
 #include "ZELSysTSBaseUnknown.h"
+#include "core/ZELSysTSBaseUnknownAccess.h"
 
 // Locks an object for a scope when it has a mutex; does nothing for an object without one.
 class ScopedObjectLock {
  public:
   explicit ScopedObjectLock(ZELSysTSBaseUnknown* object)
       : object_(object != nullptr && object->HasMutex() ? object : nullptr) {
-    if (object_ != nullptr) object_->Lock();
+    if (object_ != nullptr) ZELSysTSBaseUnknownAccess::Lock(object_);
   }
   ~ScopedObjectLock() {
-    if (object_ != nullptr) object_->Unlock();
+    if (object_ != nullptr) ZELSysTSBaseUnknownAccess::Unlock(object_);
   }
   ScopedObjectLock(const ScopedObjectLock&) = delete;
   ScopedObjectLock& operator=(const ScopedObjectLock&) = delete;

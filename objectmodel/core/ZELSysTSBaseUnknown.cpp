@@ -18,31 +18,49 @@ ZELSysTSMetaClass* ZELSysTSBaseUnknown::meta_object = nullptr;
 
 namespace {
 
-// The extension view of an object: its class's extension meta object, or null for an ordinary
-// object (no meta object, no effective meta object, or a class that is not an extension).
-ZELSysTSMetaClassExt* ExtensionMetaOf(const ZELSysTSBaseUnknown* object) {
-  ZELSysTSMetaClassBase* eff = EffectiveMetaOf(object->GetMetaObject());
-  return eff != nullptr ? eff->GetExtensionMetaClass() : nullptr;
-}
-
 // What AddRef and Release forward to: the object that an extension extends and the extension's
 // kind. `extended` is null for an ordinary object and for an extension that has no object yet;
 // both then count for themselves. The link is read only once the object is known to be an
 // extension: an extension's link is set once, before the extension is handed out, so it is read
 // without the lock; an ordinary object's link is its chain head, which a QueryInterface appends
 // to under the lock, and is not read here at all.
+//
+// The extension view (meta object, effective meta object, extension meta class) is told by the
+// effective meta object's class: only an extension meta object has an extension meta class,
+// itself, so no call beyond GetMetaObject() is made for the library's own meta objects.
 struct Forwarding {
-  ZELSysTSMetaClassExt* ext;
+  bool extension;
   ZELSysTSBaseUnknown* extended;
   ZELSysTSTypeOfClass type;
 };
 
-Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
-  ZELSysTSMetaClassExt* ext = ExtensionMetaOf(object);
-  if (ext == nullptr) return Forwarding{nullptr, nullptr, ZELSysTSTypeBase};
+inline Forwarding ForwardingOf(const ZELSysTSBaseUnknown* object) {
+  const EffectiveMetaView view = EffectiveMetaViewOf(object->GetMetaObject());
+  if (view.kind != LibraryMetaKind::kExtension) return Forwarding{false, nullptr, ZELSysTSTypeBase};
   ZELSysTSBaseUnknown* extended = ZELSysTSBaseUnknownAccess::Extended(object);
-  if (extended == nullptr) return Forwarding{ext, nullptr, ZELSysTSTypeBase};
-  return Forwarding{ext, extended, ext->GetTypeOfClass()};
+  if (extended == nullptr) return Forwarding{true, nullptr, ZELSysTSTypeBase};
+  return Forwarding{true, extended,
+                    static_cast<ZELSysTSMetaClassExt*>(view.meta)->GetTypeOfClass()};
+}
+
+// The last reference to object is gone: an ordinary object takes its chain with it (in chain
+// order; an extension's count stands for references on this object, so it is destroyed
+// outright, not released), then the object is destroyed. Release tears down an object found
+// without a link as an ordinary one: it may have gained a chain since (only an ordinary object
+// does), and an unlinked extension has none.
+__attribute__((noinline)) void DestroyLast(ZELSysTSBaseUnknown* object, bool extension) {
+  if (!extension) {
+    ZELSysTSChainExtension* node = ZELSysTSBaseUnknownAccess::ChainHead(object);
+    ZELSysTSBaseUnknownAccess::SetLink(object, nullptr);
+    while (node != nullptr) {
+      ZELSysTSChainExtension* next = node->GetNext();
+      ZELSysTSBaseUnknown* chained = nullptr;
+      if (node->GetExtension(chained) == S_OK) delete chained;
+      delete node;
+      node = next;
+    }
+  }
+  delete object;
 }
 
 }  // namespace
@@ -116,18 +134,22 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
   {
     ScopedObjectLock lock(this);
     if (reference_count == 0) return E_UNEXPECTED;
-    ZELSysTSMetaClass* meta = GetMetaObject();
-    if (meta == nullptr) return E_NOINTERFACE;
-    ZELSysTSMetaClassBase* eff = EffectiveMetaOf(meta);
-    if (eff == nullptr) return E_NOINTERFACE;
+    // No meta object, or no effective meta object of the library's own: no interfaces.
+    const EffectiveMetaView eff = EffectiveMetaViewOf(GetMetaObject());
+    if (eff.meta == nullptr) return E_NOINTERFACE;
 
-    if (eff->GetExtensionMetaClass() == nullptr) {
+    if (eff.kind != LibraryMetaKind::kExtension) {
       if (iid == ZELSysTSIID_IUnknown || iid == CLSID_ZELSysTSBaseUnknown) {
         ++reference_count;
         *ppv = this;
         return S_OK;
       }
-      ZELSysTSInterfaceCreator creator = eff->FindInterfaceCreator(iid);
+      // A plain meta object has no creators; an implementation meta object is asked without a
+      // virtual call (its class is known, and FindInterfaceCreator is FindCreator).
+      ZELSysTSInterfaceCreator creator =
+          eff.kind == LibraryMetaKind::kImplementation
+              ? static_cast<ZELSysTSMetaClassImpl*>(eff.meta)->FindCreator(iid)
+              : nullptr;
       if (creator == nullptr) return E_NOINTERFACE;
       // The creator runs under this object's lock: it may resolve (and append to) the
       // extension chain, which locks the object again.
@@ -145,75 +167,62 @@ HRESULT ZELSysTSBaseUnknown::QueryInterface(const _GUID& iid, void** ppv) {
   return extended->QueryInterface(iid, ppv);
 }
 
+// An object without a link counts for itself whatever its class, so the extension view (a call
+// of GetMetaObject()) is worked out only for an object that has one: a chained or transient
+// extension, or an ordinary object with chained extensions. That work is kept out of line, so
+// that the common path is the lock pair around the count and little else.
 uint32_t ZELSysTSBaseUnknown::AddRef() {
-  const Forwarding to = ForwardingOf(this);
-  ZELSysTSBaseUnknown* extended = to.extended;
-  if (extended != nullptr) {
-    switch (to.type) {
-      case ZELSysTSTypeChainedExtension:
+  if (ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr) {
+    const auto linked = [this]() __attribute__((noinline))->uint32_t {
+      const Forwarding to = ForwardingOf(this);
+      ZELSysTSBaseUnknown* extended = to.extended;
+      if (extended != nullptr && to.type == ZELSysTSTypeChainedExtension) {
         // A chained extension lives as long as its object: its references are the object's.
         return extended->AddRef();
-      case ZELSysTSTypeTransientExtension: {
-        uint32_t count;
-        {
-          ScopedObjectLock lock(this);
-          count = ++reference_count;
-        }
-        // Each reference on a transient extension holds one on the object it extends.
-        extended->AddRef();
-        return count;
       }
-      default:
-        break;
-    }
+      uint32_t count;
+      {
+        ScopedObjectLock lock(this);
+        count = ++reference_count;
+      }
+      // Each reference on a transient extension holds one on the object it extends.
+      if (extended != nullptr && to.type == ZELSysTSTypeTransientExtension) extended->AddRef();
+      return count;
+    };
+    return linked();
   }
   ScopedObjectLock lock(this);
   return ++reference_count;
 }
 
 uint32_t ZELSysTSBaseUnknown::Release() {
-  const Forwarding to = ForwardingOf(this);
-  ZELSysTSBaseUnknown* extended = to.extended;
-  if (extended != nullptr) {
-    switch (to.type) {
-      case ZELSysTSTypeChainedExtension:
+  if (ZELSysTSBaseUnknownAccess::LinkUnlocked(this) != nullptr) {
+    const auto linked = [this]() __attribute__((noinline))->uint32_t {
+      const Forwarding to = ForwardingOf(this);
+      ZELSysTSBaseUnknown* extended = to.extended;
+      if (extended != nullptr && to.type == ZELSysTSTypeChainedExtension) {
         return extended->Release();
-      case ZELSysTSTypeTransientExtension: {
-        uint32_t count;
-        {
-          ScopedObjectLock lock(this);
-          count = --reference_count;
-        }
+      }
+      uint32_t count;
+      {
+        ScopedObjectLock lock(this);
+        count = --reference_count;
+      }
+      if (extended != nullptr && to.type == ZELSysTSTypeTransientExtension) {
         if (count == 0) delete this;
         extended->Release();
         return count;
       }
-      default:
-        break;
-    }
+      if (count == 0) DestroyLast(this, to.extension);
+      return count;
+    };
+    return linked();
   }
-
   uint32_t count;
   {
     ScopedObjectLock lock(this);
     count = --reference_count;
   }
-  if (count != 0) return count;
-
-  if (to.ext == nullptr) {
-    // The object owns its chain: every chained extension and its node go with it, in chain
-    // order. An extension's count stands for references on this object, so it is destroyed
-    // outright, not released.
-    ZELSysTSChainExtension* node = static_cast<ZELSysTSChainExtension*>(link);
-    link = nullptr;
-    while (node != nullptr) {
-      ZELSysTSChainExtension* next = node->GetNext();
-      ZELSysTSBaseUnknown* extension = nullptr;
-      if (node->GetExtension(extension) == S_OK) delete extension;
-      delete node;
-      node = next;
-    }
-  }
-  delete this;
-  return 0;
+  if (count == 0) DestroyLast(this, false);
+  return count;
 }

@@ -36,16 +36,20 @@ _GUID NextGeneratedClassId() {
 ZELSysTSMetaClassBase* NewMetaObject(ZELSysTSTypeOfClass type, const _GUID* classId,
                                      const char* className, ZELSysTSMetaClass* baseMeta) {
   ZELSysTSMetaClassBase* meta;
+  LibraryMetaKind kind;
   switch (type) {
     case ZELSysTSTypeImplementation:
       meta = new (std::nothrow) ZELSysTSMetaClassImpl(classId, className, baseMeta);
+      kind = LibraryMetaKind::kImplementation;
       break;
     case ZELSysTSTypeChainedExtension:
     case ZELSysTSTypeTransientExtension:
       meta = new (std::nothrow) ZELSysTSMetaClassExt(classId, className, baseMeta, type);
+      kind = LibraryMetaKind::kExtension;
       break;
     default:
       meta = new (std::nothrow) ZELSysTSMetaClassBase(classId, className, baseMeta);
+      kind = LibraryMetaKind::kPlain;
       break;
   }
   if (meta == nullptr) return nullptr;
@@ -53,7 +57,7 @@ ZELSysTSMetaClassBase* NewMetaObject(ZELSysTSTypeOfClass type, const _GUID* clas
     delete meta;
     return nullptr;
   }
-  RememberLibraryMetaClass(meta);
+  RememberLibraryMetaClass(meta, kind);
   return meta;
 }
 

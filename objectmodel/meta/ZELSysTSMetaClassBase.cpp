@@ -9,40 +9,13 @@
 #include "pools/GuidPool.h"
 #include "pools/StringPool.h"
 
-namespace {
+std::atomic<const void*> g_library_meta_vtables[3] = {};
 
-// The virtual tables of the library's meta classes (at most three: plain, implementation,
-// extension), remembered as registration builds their first instances. Only ever appended.
-constexpr int kMetaClasses = 3;
-std::atomic<const void*> g_vtables[kMetaClasses] = {};
-
-// The virtual table pointer of a polymorphic object: its first word.
-const void* VtableOf(const ZELSysTSMetaClass* meta) {
+void RememberLibraryMetaClass(const ZELSysTSMetaClassBase* meta, LibraryMetaKind kind) {
+  if (kind == LibraryMetaKind::kForeign) return;
   const void* vtable;
   std::memcpy(&vtable, static_cast<const void*>(meta), sizeof vtable);
-  return vtable;
-}
-
-}  // namespace
-
-bool IsLibraryMetaObject(const ZELSysTSMetaClass* meta) {
-  if (meta == nullptr) return false;
-  const void* vtable = VtableOf(meta);
-  for (const std::atomic<const void*>& known : g_vtables) {
-    const void* v = known.load(std::memory_order_acquire);
-    if (v == nullptr) return false;
-    if (v == vtable) return true;
-  }
-  return false;
-}
-
-void RememberLibraryMetaClass(const ZELSysTSMetaClassBase* meta) {
-  const void* vtable = VtableOf(meta);
-  for (std::atomic<const void*>& slot : g_vtables) {
-    const void* expected = nullptr;
-    if (slot.compare_exchange_strong(expected, vtable, std::memory_order_acq_rel)) return;
-    if (expected == vtable) return;
-  }
+  g_library_meta_vtables[static_cast<int>(kind) - 1].store(vtable, std::memory_order_release);
 }
 
 // The base is resolved to its effective meta object before anything is interned, so that the

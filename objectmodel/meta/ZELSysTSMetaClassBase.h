@@ -8,6 +8,9 @@
 // Meta objects are built only by registration, under the dictionary lock, and never deleted.
 #pragma once
 
+#include <atomic>
+#include <cstring>
+
 #include "ZELSysTSMetaClass.h"
 #include "ZELSysTSTypes.h"
 
@@ -42,12 +45,41 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
   ZELSysTSMetaClass* base_meta;
 };
 
+// Which of the library's own meta classes an object is (by its dynamic type), or kForeign: for
+// null and for a meta class written elsewhere (the abstract class is public), which is never
+// taken for one of the library's.
+enum class LibraryMetaKind { kForeign, kPlain, kImplementation, kExtension };
+
+// The virtual tables of the library's three meta classes, indexed by kind (kPlain - 1, ...).
+// Each is stored by registration when it builds the first meta object of that class, always with
+// the same value, before the meta object is handed out; read without a lock.
+extern std::atomic<const void*> g_library_meta_vtables[3];
+
+// The kind of meta, told by its virtual table pointer without a call: this test sits on the path
+// of every QueryInterface, AddRef and Release.
+inline LibraryMetaKind LibraryMetaKindOf(const ZELSysTSMetaClass* meta) {
+  if (meta == nullptr) return LibraryMetaKind::kForeign;
+  const void* vtable;
+  std::memcpy(&vtable, static_cast<const void*>(meta), sizeof vtable);
+  // Implementation classes first: they answer most queries.
+  const auto is = [vtable](LibraryMetaKind kind) {
+    const int slot = static_cast<int>(kind) - 1;
+    return g_library_meta_vtables[slot].load(std::memory_order_acquire) == vtable;
+  };
+  if (is(LibraryMetaKind::kImplementation)) return LibraryMetaKind::kImplementation;
+  if (is(LibraryMetaKind::kPlain)) return LibraryMetaKind::kPlain;
+  if (is(LibraryMetaKind::kExtension)) return LibraryMetaKind::kExtension;
+  return LibraryMetaKind::kForeign;
+}
+
 // Whether meta is one of the library's own meta objects (a ZELSysTSMetaClassBase or derived,
-// built by registration), told by its dynamic type without a downcast: a meta class written
-// elsewhere (the abstract class is public) is never taken for one. False for null.
-bool IsLibraryMetaObject(const ZELSysTSMetaClass* meta);
-// Registration calls this for every meta object it builds, before handing it out.
-void RememberLibraryMetaClass(const ZELSysTSMetaClassBase* meta);
+// built by registration). False for null.
+inline bool IsLibraryMetaObject(const ZELSysTSMetaClass* meta) {
+  return LibraryMetaKindOf(meta) != LibraryMetaKind::kForeign;
+}
+// Registration calls this for every meta object it builds, before handing it out, with the kind
+// of class it built.
+void RememberLibraryMetaClass(const ZELSysTSMetaClassBase* meta, LibraryMetaKind kind);
 
 // Whether from, or a meta object reached from it through GetBaseMetaObject(), satisfies matches.
 // Floyd's tortoise and hare: a base chain that loops back (possible only through meta objects
@@ -67,12 +99,26 @@ bool AnyInBaseChain(ZELSysTSMetaClass* from, Match matches) {
   return false;
 }
 
-// The library's own meta object behind meta (its effective meta object), or null: for null, and
-// when the effective meta object is not one of the library's (a meta class written elsewhere,
-// which the library then treats as a class without interfaces).
+// The library's own meta object behind meta (its effective meta object) and its kind. The
+// library's meta objects are their own effective meta object, so only a meta object written
+// elsewhere costs the virtual call; its effective meta object must be one of the library's, or
+// the view is {null, kForeign} (a class the library treats as having no interfaces). Null meta:
+// {null, kForeign}.
+struct EffectiveMetaView {
+  ZELSysTSMetaClassBase* meta;
+  LibraryMetaKind kind;
+};
+inline EffectiveMetaView EffectiveMetaViewOf(ZELSysTSMetaClass* meta) {
+  LibraryMetaKind kind = LibraryMetaKindOf(meta);
+  if (kind == LibraryMetaKind::kForeign && meta != nullptr) {
+    meta = meta->GetEffectiveMetaObject();
+    kind = LibraryMetaKindOf(meta);
+  }
+  if (kind == LibraryMetaKind::kForeign) return EffectiveMetaView{nullptr, kind};
+  return EffectiveMetaView{static_cast<ZELSysTSMetaClassBase*>(meta), kind};
+}
+
+// The library's own meta object behind meta, or null (see EffectiveMetaViewOf).
 inline ZELSysTSMetaClassBase* EffectiveMetaOf(ZELSysTSMetaClass* meta) {
-  if (meta == nullptr) return nullptr;
-  ZELSysTSMetaClass* effective = meta->GetEffectiveMetaObject();
-  if (!IsLibraryMetaObject(effective)) return nullptr;
-  return static_cast<ZELSysTSMetaClassBase*>(effective);
+  return EffectiveMetaViewOf(meta).meta;
 }

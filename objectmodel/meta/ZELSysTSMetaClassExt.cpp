@@ -18,7 +18,7 @@ ZELSysTSMetaClassExt::ZELSysTSMetaClassExt(const _GUID* classId, const char* cla
                                            ZELSysTSMetaClass* baseMeta, ZELSysTSTypeOfClass type)
     : ZELSysTSMetaClassImpl(classId, className, baseMeta),
       type_of_class(type),
-      ext_mutex(0),
+      ext_mutex(),
       extended_classes(nullptr),
       extended_count(0),
       extended_capacity(0) {}

@@ -37,7 +37,8 @@ class ZELSysTSMetaClassExt : public ZELSysTSMetaClassImpl {
 
   // Constant after construction.
   ZELSysTSTypeOfClass type_of_class;
-  mutable ZELSmartMutex ext_mutex;
+  // Held inside the meta object, like `mutex`.
+  mutable ZELInlineSmartMutex ext_mutex;
   const char** extended_classes GUARDED_BY(ext_mutex);
   int32_t extended_count GUARDED_BY(ext_mutex);
   int32_t extended_capacity GUARDED_BY(ext_mutex);

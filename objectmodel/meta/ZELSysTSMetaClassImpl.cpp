@@ -3,9 +3,9 @@
 // InterfaceResolution.cpp.
 #include "meta/ZELSysTSMetaClassImpl.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "ZELSysTSGuid.h"
 #include "meta/ResolutionObservation.h"
@@ -14,51 +14,36 @@
 
 namespace {
 
-// Room added to the interface table each time it is full. With a 16-bit capacity the table
-// stops growing at 65,532 entries; answers past that are returned but not recorded.
+// Room added to the interface table each time it is full; the last growth stops at the largest
+// 16-bit count, so the table holds up to 65,535 entries.
 constexpr uint32_t kItfGrowth = 4;
-constexpr uint32_t kItfMaxCapacity = 0xFFFF / kItfGrowth * kItfGrowth;
-
-// The absent marker: a creation function that creates nothing. Its address is reserved for
-// "searched before, not found" and never reaches a caller.
-IUnknown* CreateNothing(ZELSysTSBaseUnknown*, unsigned char) {
-  return nullptr;
-}
-
-int CompareEntries(const void* a, const void* b) {
-  return ZELSysTSCompareIid(*static_cast<const ItfTableEntry*>(a)->iid,
-                            *static_cast<const ItfTableEntry*>(b)->iid);
-}
+constexpr uint32_t kItfMaxCapacity = 0xFFFF;
 
 }  // namespace
+
+IUnknown* ZELSysTSMetaClassImpl::CreateNothing(ZELSysTSBaseUnknown*, unsigned char) {
+  return nullptr;
+}
 
 ZELSysTSMetaClassImpl::ZELSysTSMetaClassImpl(const _GUID* classId, const char* className,
                                              ZELSysTSMetaClass* baseMeta)
     : ZELSysTSMetaClassBase(classId, className, baseMeta),
-      mutex(0),
+      mutex(),
       itf_table(nullptr),
       itf_count(0),
       itf_capacity(0) {}
 
 ZELSysTSMetaClassImpl::~ZELSysTSMetaClassImpl() {
-  delete[] itf_table;
+  std::free(itf_table);
   itf_table = nullptr;
   itf_count = 0;
   itf_capacity = 0;
 }
 
-ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::AbsentMarker() {
-  return &CreateNothing;
-}
-
 // Lookups and recordings lock the table separately; the search in between runs unlocked, so
 // that a library loaded by it may register meta objects and query other objects.
 ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::FindInterfaceCreator(const _GUID& iid) {
-  // The answer recorded before, on the path of every repeated QueryInterface.
-  const ZELSysTSInterfaceCreator known = LookupInterface(iid);
-  if (known != nullptr) return known == AbsentMarker() ? nullptr : known;
-  bool lacked = false;
-  return ResolveInterface(iid, lacked);
+  return FindCreator(iid);
 }
 
 // The observation points of the search (none on FindInterfaceCreator's path of a recorded
@@ -123,55 +108,37 @@ void ZELSysTSMetaClassImpl::ObserveAnswer(const _GUID& iid, long answer) {
                     answer);
 }
 
-ZELSysTSInterfaceCreator ZELSysTSMetaClassImpl::LookupInterface(const _GUID& iid) {
+// An existing entry for iid is not looked for: two threads that resolved the same interface at
+// once both record it, and a search finds one of the two equal keys, which carry one creator.
+// The new entry goes after the last entry that does not come after it (binary search, then one
+// move of the entries behind it), which keeps the table in the order a full sort gives. When
+// memory runs out, or the table is at its largest, nothing is recorded and the table stays as it
+// was.
+void ZELSysTSMetaClassImpl::RecordInterface(const _GUID& iid, ZELSysTSInterfaceCreator creator) {
   ScopedLock lock(mutex);
-  if (itf_count == 0) return nullptr;
-  // A binary search in IID order, written out rather than through bsearch so that the
-  // comparison is inlined: this lookup is the hottest path of the library.
-  // The words of ZELSysTSCompareIid's order, read as plain loads: the machine is little-endian.
-  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "IID words are little-endian loads");
-  uint32_t key[4];
-  std::memcpy(key, &iid, sizeof key);
+  if (itf_count == itf_capacity) {
+    if (itf_capacity >= kItfMaxCapacity) return;
+    const uint32_t capacity = std::min(itf_capacity + kItfGrowth, kItfMaxCapacity);
+    // realloc keeps the old array when it fails, and grows a large one mostly without copying.
+    void* grown = std::realloc(itf_table, capacity * sizeof(ItfTableEntry));
+    if (grown == nullptr) return;
+    itf_table = static_cast<ItfTableEntry*>(grown);
+    std::memset(itf_table + itf_count, 0, (capacity - itf_count) * sizeof(ItfTableEntry));
+    itf_capacity = static_cast<uint16_t>(capacity);
+  }
+  const _GUID* pooled = GuidPool::Intern(&iid);
+  if (pooled == nullptr) return;
   uint32_t lo = 0;
   uint32_t hi = itf_count;
   while (lo < hi) {
     const uint32_t mid = lo + (hi - lo) / 2;
-    uint32_t words[4];
-    std::memcpy(words, itf_table[mid].iid, sizeof words);
-    int order = 0;
-    for (int k = 0; k < 4 && order == 0; ++k) {
-      order = words[k] < key[k] ? -1 : (words[k] > key[k] ? 1 : 0);
-    }
-    if (order == 0) return itf_table[mid].creator;
-    if (order < 0) {
+    if (ZELSysTSCompareIid(*itf_table[mid].iid, *pooled) <= 0) {
       lo = mid + 1;
     } else {
       hi = mid;
     }
   }
-  return nullptr;
-}
-
-// An existing entry for iid is not looked for: two threads that resolved the same interface at
-// once both record it, and a search finds one of the two equal keys, which carry one creator.
-// When memory runs out, or the table is at its largest, nothing is recorded and the table stays
-// as it was.
-void ZELSysTSMetaClassImpl::RecordInterface(const _GUID& iid, ZELSysTSInterfaceCreator creator) {
-  ScopedLock lock(mutex);
-  if (itf_count == itf_capacity) {
-    if (itf_capacity >= kItfMaxCapacity) return;
-    const uint32_t capacity = itf_capacity + kItfGrowth;
-    ItfTableEntry* grown = new (std::nothrow) ItfTableEntry[capacity]();
-    if (grown == nullptr) return;
-    for (uint32_t i = 0; i < itf_count; ++i) grown[i] = itf_table[i];
-    delete[] itf_table;
-    itf_table = grown;
-    itf_capacity = static_cast<uint16_t>(capacity);
-  }
-  const _GUID* pooled = GuidPool::Intern(&iid);
-  if (pooled == nullptr) return;
-  itf_table[itf_count].iid = pooled;
-  itf_table[itf_count].creator = creator;
+  std::memmove(itf_table + lo + 1, itf_table + lo, (itf_count - lo) * sizeof(ItfTableEntry));
+  itf_table[lo] = ItfTableEntry{pooled, creator};
   ++itf_count;
-  if (itf_count > 1) std::qsort(itf_table, itf_count, sizeof(ItfTableEntry), &CompareEntries);
 }

@@ -9,6 +9,11 @@
 // can be taken as pointer-to-member functions and still cost no more than the pthread calls they
 // wrap: the uncontended lock/unlock pair sits on the hot path of every QueryInterface.
 //
+// A ZELInlineSmartMutex is a ZELSmartMutex that holds its recursive mutex inside itself instead of
+// allocating it: for long-lived tables built in large numbers (one per meta object), where the
+// separate allocation costs more than the mutex. It is defined here, inline, so that it adds no
+// symbol to libZELSysTS; it is taken exactly like any other ZELSmartMutex.
+//
 // Thread safety: LockF/UnlockF may be called from any thread. Construction and destruction are
 // not synchronised; the owner constructs before sharing and destroys after the last use.
 #pragma once
@@ -52,4 +57,19 @@ class ZELSYSTS_PLATFORM_EXPORT ZELSYSTS_THREAD_ANNOTATION(capability("mutex")) Z
 
   ZELSmartMutex(const ZELSmartMutex&) = delete;
   ZELSmartMutex& operator=(const ZELSmartMutex&) = delete;
+};
+
+class ZELSYSTS_THREAD_ANNOTATION(capability("mutex")) ZELInlineSmartMutex : public ZELSmartMutex {
+ public:
+  // A recursive mutex, statically initialised in place: nothing to allocate, nothing that can
+  // fail. Handle() is never null and points into this object, which therefore never moves.
+  ZELInlineSmartMutex() : ZELSmartMutex(1) { handle_ = &storage_; }
+  // The mutex must not be held. The handle is cleared first, so that ~ZELSmartMutex frees nothing.
+  ~ZELInlineSmartMutex() {
+    pthread_mutex_destroy(&storage_);
+    handle_ = nullptr;
+  }
+
+ private:
+  pthread_mutex_t storage_ = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
 };

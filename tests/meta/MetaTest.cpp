@@ -58,6 +58,23 @@ TEST(InterfaceTable, EachIidFindsItsOwnCreatorWhicheverWordTellsThemApart) {
   EXPECT_FALSE(meta.LookupInterface({0x1BA00001, 0x2222, 0x4000, {0x90, 0, 0, 0, 0, 0, 0, 2}}));
 }
 
+// Filled to its largest size, 65,535 entries recorded out of order (each odd IID lands before
+// the even one recorded just before it), the table finds every entry with its own creator; the
+// next one is not recorded and leaves the others intact.
+TEST(InterfaceTable, HoldsUpTo65535EntriesAndRecordsNothingPastThem) {
+  static int creators[2];
+  const auto creator = [](uint32_t i) {
+    return reinterpret_cast<ZELSysTSInterfaceCreator>(&creators[i & 1]);
+  };
+  const auto iid = [](uint32_t i) { return _GUID{i ^ 1, 0, 0, {0xFA, 0, 0, 0, 0, 0, 0, 0}}; };
+  ZELSysTSMetaClassImpl meta(&kRootId, "Full", nullptr);
+  for (uint32_t i = 0; i <= 0xFFFF; ++i) meta.RecordInterface(iid(i), creator(i));
+  uint32_t found = 0;
+  for (uint32_t i = 0; i < 0xFFFF; ++i) found += meta.LookupInterface(iid(i)) == creator(i);
+  EXPECT_EQ(found, 0xFFFFu);
+  EXPECT_EQ(meta.LookupInterface(iid(0xFFFF)), nullptr);
+}
+
 TEST(MetaObjectRegistration, KindChoosesTheMetaClassAndTheFirstRegistrationWins) {
   // Kind, then the meta class built: B plain, I implementation, E extension.
   for (auto [kind, built] :

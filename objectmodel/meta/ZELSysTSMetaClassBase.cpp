@@ -6,8 +6,11 @@
 #include <cstring>
 
 #include "ZELSysTSGuid.h"
+#include "pools/Arena.h"
 #include "pools/GuidPool.h"
 #include "pools/StringPool.h"
+#include "util/LockOrder.h"
+#include "util/ThreadAnnotations.h"
 
 std::atomic<const void*> g_library_meta_vtables[3] = {};
 
@@ -74,4 +77,22 @@ ZELSysTSInterfaceCreator ZELSysTSMetaClassBase::FindInterfaceCreator(const _GUID
 
 ZELSysTSMetaClassExt* ZELSysTSMetaClassBase::GetExtensionMetaClass() {
   return nullptr;
+}
+
+namespace {
+
+// Every meta object of the process. Registration holds the dictionary lock while it builds one.
+Arena g_meta_objects GUARDED_BY(SharedLocks::DictionaryLock());
+
+}  // namespace
+
+// Registration (the only caller) holds the dictionary lock; `new` hides that from the analysis.
+void* ZELSysTSMetaClassBase::operator new(size_t size, const std::nothrow_t&) noexcept
+    NO_THREAD_SAFETY_ANALYSIS {
+  return g_meta_objects.Allocate(size, alignof(std::max_align_t));
+}
+
+void ZELSysTSMetaClassBase::operator delete(void* memory,
+                                            size_t size) noexcept NO_THREAD_SAFETY_ANALYSIS {
+  if (memory != nullptr) g_meta_objects.Unallocate(memory, size);
 }

@@ -5,11 +5,14 @@
 // pool failed); base_meta is what the base's GetEffectiveMetaObject() returned. None of the three
 // changes after construction, so they are read without a lock.
 //
-// Meta objects are built only by registration, under the dictionary lock, and never deleted.
+// Meta objects are built only by registration, under the dictionary lock, and never deleted
+// once handed out.
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstring>
+#include <new>
 
 #include "ZELSysTSMetaClass.h"
 #include "ZELSysTSTypes.h"
@@ -37,6 +40,13 @@ class ZELSysTSMetaClassBase : public ZELSysTSMetaClass {
   virtual ZELSysTSInterfaceCreator FindInterfaceCreator(const _GUID& iid);
   // This meta object as an extension meta object, or null when the class is not an extension.
   virtual ZELSysTSMetaClassExt* GetExtensionMetaClass();
+
+  // Meta objects live until the process ends: registration cuts them from one arena, under the
+  // dictionary lock, with no allocator header each and their fresh pages made present in bulk.
+  // Null when the arena needs a block and cannot get one. Deleting one (a registration that
+  // failed after building it) gives its room back when it was the last one cut.
+  static void* operator new(size_t size, const std::nothrow_t&) noexcept;
+  static void operator delete(void* memory, size_t size) noexcept;
 
  protected:
   // Constant after construction.

@@ -7,24 +7,6 @@
 #include "dictionaryfiles/DictionaryReaders.h"
 #include "util/Observer.h"
 
-namespace {
-
-// Tells an observer what became of the line's class (outcome: zelsysts::kRecord*).
-void ObserveRecord(const char* clsidText, const char* className, const char* library,
-                   const _GUID& clsid, const char* path, int line, long outcome) {
-  zelsysts::Observation observation{zelsysts::Step::kClsidRecord};
-  observation.file = path;
-  observation.line = line;
-  observation.text[0] = clsidText;
-  observation.text[1] = className;
-  observation.text[2] = library;
-  observation.guid[0] = &clsid;
-  observation.value = outcome;
-  zelsysts::Observe(observation);
-}
-
-}  // namespace
-
 HRESULT ZELSysTSClsidReader::ProcessLine(char* fields[5], int count, const char* path, int line) {
   if (count != 2 && count != 3) {
     WriteDictionaryMessage(path, line, "Problem reading dico name %s line %d\n", path, line);
@@ -43,10 +25,11 @@ HRESULT ZELSysTSClsidReader::ProcessLine(char* fields[5], int count, const char*
   const bool known = observed && ClsidTable::Find(clsid) != nullptr;
   const ClsidEntry* entry = ClsidTable::Insert(clsid, className, library, &outOfMemory);
   if (observed) {
-    ObserveRecord(clsidText, className, library, clsid, path, line,
-                  entry != nullptr ? (known ? zelsysts::kRecordSame : zelsysts::kRecordAdded)
-                  : outOfMemory    ? zelsysts::kRecordOutOfMemory
-                                   : zelsysts::kRecordConflict);
+    ObserveIdentifierRecord(
+        zelsysts::Step::kClsidRecord, path, line, clsidText, className, library, clsid,
+        entry != nullptr ? (known ? zelsysts::kRecordSame : zelsysts::kRecordAdded)
+        : outOfMemory    ? zelsysts::kRecordOutOfMemory
+                         : zelsysts::kRecordConflict);
   }
   if (entry != nullptr) return S_OK;
   if (outOfMemory) return E_OUTOFMEMORY;  // not a conflict: nothing to report

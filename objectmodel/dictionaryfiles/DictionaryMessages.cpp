@@ -42,3 +42,17 @@ void ObserveDictionaryMessage(const char* path, int line, const char* format, ..
   ObserveFormatted(path, line, format, args);
   va_end(args);
 }
+
+void ObserveIdentifierRecord(zelsysts::Step step, const char* path, int line, const char* text,
+                             const char* name, const char* library, const _GUID& guid,
+                             long outcome) {
+  zelsysts::Observation observation{step};
+  observation.file = path;
+  observation.line = line;
+  observation.text[0] = text;
+  observation.text[1] = name;
+  observation.text[2] = library;
+  observation.guid[0] = &guid;
+  observation.value = outcome;
+  zelsysts::Observe(observation);
+}

@@ -10,23 +10,6 @@
 #include "dictionaryfiles/DictionaryReaders.h"
 #include "util/Observer.h"
 
-namespace {
-
-// Tells an observer what became of the line's identifier (outcome: zelsysts::kRecord*).
-void ObserveRecord(const char* iidText, const char* name, const _GUID& iid, const char* path,
-                   int line, long outcome) {
-  zelsysts::Observation observation{zelsysts::Step::kIidRecord};
-  observation.file = path;
-  observation.line = line;
-  observation.text[0] = iidText;
-  observation.text[1] = name;
-  observation.guid[0] = &iid;
-  observation.value = outcome;
-  zelsysts::Observe(observation);
-}
-
-}  // namespace
-
 HRESULT ZELSysTSIidReader::ProcessLine(char* fields[5], int count, const char* path, int line) {
   if (count != 2) {
     WriteDictionaryMessage(path, line, "Error in IId dictionary %s line %d\n", path, line);
@@ -44,10 +27,10 @@ HRESULT ZELSysTSIidReader::ProcessLine(char* fields[5], int count, const char* p
   const bool known = observed && IidTable::FindName(iid) != nullptr;
   const int inserted = IidTable::Insert(iid, name);
   if (observed) {
-    ObserveRecord(iidText, name, iid, path, line,
-                  inserted > 0   ? (known ? zelsysts::kRecordSame : zelsysts::kRecordAdded)
-                  : inserted < 0 ? zelsysts::kRecordOutOfMemory
-                                 : zelsysts::kRecordConflict);
+    ObserveIdentifierRecord(zelsysts::Step::kIidRecord, path, line, iidText, name, nullptr, iid,
+                            inserted > 0 ? (known ? zelsysts::kRecordSame : zelsysts::kRecordAdded)
+                            : inserted < 0 ? zelsysts::kRecordOutOfMemory
+                                           : zelsysts::kRecordConflict);
   }
   if (inserted > 0) return S_OK;
   if (inserted < 0) return E_OUTOFMEMORY;  // not a conflict: nothing to report

@@ -78,6 +78,17 @@ class Checker {
   }
 
   // The loader's lines about a place, each handed out once.
+  // The two lines of an identifier conflict: the first, which the table kept, and the refused
+  // one, whose file the reader stopped reading; the loader's lines about it go with them.
+  void WinsAndRefused(Diagnostic& diagnostic, const Place& first, const std::string& firstText,
+                      const Place& refused, const std::string& refusedText) {
+    diagnostic.at.push_back({first, firstText + " (wins)"});
+    diagnostic.at.push_back(
+        {refused, refusedText + " (refused; the rest of the file is not read)"});
+    diagnostic.said = TakeMessages(refused);
+    explained_.insert(refused.file + ":" + std::to_string(refused.line));
+  }
+
   std::vector<std::string> TakeMessages(const Place& at) {
     std::vector<std::string> said;
     for (size_t i = 0; i < d_.messages.size(); ++i) {
@@ -172,12 +183,8 @@ class Checker {
                     : Add(true, "name-given-two-iids",
                           "the interface " + EscapeText(line.name) +
                               " is given two IIDs; the first line in walk order wins");
-        diagnostic.at.push_back(
-            {first.at, EscapeText(first.text) + " " + EscapeText(first.name) + " (wins)"});
-        diagnostic.at.push_back({line.at, EscapeText(line.text) + " " + EscapeText(line.name) +
-                                              " (refused; the rest of the file is not read)"});
-        diagnostic.said = TakeMessages(line.at);
-        explained_.insert(line.at.file + ":" + std::to_string(line.at.line));
+        WinsAndRefused(diagnostic, first.at, EscapeText(first.text) + " " + EscapeText(first.name),
+                       line.at, EscapeText(line.text) + " " + EscapeText(line.name));
         break;
       }
     }
@@ -199,12 +206,9 @@ class Checker {
                 : Add(true, "clsid-two-libraries",
                       "the class " + EscapeText(line.cls) +
                           " is given two libraries; the first line in walk order wins");
-        diagnostic.at.push_back(
-            {first.at, EscapeText(first.cls) + " " + EscapeText(first.library) + " (wins)"});
-        diagnostic.at.push_back({line.at, EscapeText(line.cls) + " " + EscapeText(line.library) +
-                                              " (refused; the rest of the file is not read)"});
-        diagnostic.said = TakeMessages(line.at);
-        explained_.insert(line.at.file + ":" + std::to_string(line.at.line));
+        WinsAndRefused(diagnostic, first.at,
+                       EscapeText(first.cls) + " " + EscapeText(first.library), line.at,
+                       EscapeText(line.cls) + " " + EscapeText(line.library));
         break;
       }
     }

@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -32,32 +33,47 @@ bool IsSeparator(char c) {
   return c == '\t' || c == '\n' || c == ' ';
 }
 
-// Splits line in place into at most kMaxFields fields: each separator becomes a NUL; a field
-// begins at a non-separator at the start of the line or after a separator. Once a sixth field
-// has begun the line is full and the walk stops at the next separator. Returns the count (0 for
-// an empty line or one of separators only).
-int SplitLine(char* line, char* fields[kMaxFields]) {
-  for (int i = 0; i < kMaxFields; ++i) fields[i] = nullptr;
-  int count = 0;
-  bool full = false;
-  bool afterSeparator = true;
-  const size_t length = std::strlen(line);  // stops at the first NUL, inside the buffer
-  for (size_t i = 0; i < length; ++i) {
-    if (IsSeparator(line[i])) {
-      line[i] = '\0';
-      if (full) break;
-      afterSeparator = true;
+// Bytes past a line's NUL that the split may read (eight at a time); the buffer has them, and
+// they are set, so that no read is out of bounds or of an unset byte.
+constexpr int kSplitSlack = 8;
+
+// The first byte at or after p that is a separator or the NUL ending the text. Eight bytes are
+// tested at once for any byte below '!' (the only candidates); the lowest such byte is exact,
+// and a control character other than the separators is ordinary and passed.
+char* EndOfField(char* p) {
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "the lowest byte comes first");
+  constexpr uint64_t kOnes = 0x0101010101010101ull;
+  constexpr uint64_t kHighs = 0x8080808080808080ull;
+  for (;;) {
+    uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    const uint64_t low = (word - kOnes * '!') & ~word & kHighs;
+    if (low == 0) {
+      p += sizeof word;
       continue;
     }
-    if (afterSeparator) {
-      if (count < kMaxFields) {
-        fields[count++] = &line[i];
-      } else {
-        full = true;
-      }
-    }
-    afterSeparator = false;
+    p += __builtin_ctzll(low) / 8;
+    if (*p == '\0' || IsSeparator(*p)) return p;
+    ++p;
   }
+}
+
+// Splits line in place into at most kMaxFields fields: a field begins at a non-separator at the
+// start of the line or after a separator, and the separator after it becomes a NUL. A sixth
+// field ends the walk (the line is full). Returns the count (0 for an empty line or one of
+// separators only). The line's buffer must have kSplitSlack set bytes past its NUL.
+int SplitLine(char* line, char* fields[kMaxFields]) {
+  int count = 0;
+  char* p = line;
+  for (;;) {
+    while (IsSeparator(*p)) ++p;
+    if (*p == '\0' || count == kMaxFields) break;
+    fields[count++] = p;
+    p = EndOfField(p);
+    if (*p == '\0') break;
+    *p++ = '\0';
+  }
+  for (int i = count; i < kMaxFields; ++i) fields[i] = nullptr;
   return count;
 }
 
@@ -166,13 +182,14 @@ HRESULT ReadDictionaryFile(const char* path, ZELSysTSDictionaryReader* reader) {
     return ObserveFileEnd(path, 0, S_OK);
   }
 
-  char buffer[kLineBufferBytes];
+  char buffer[kLineBufferBytes + kSplitSlack];
+  std::memset(buffer, 0, sizeof buffer);
   int lineNumber = 0;
   HRESULT result = S_OK;
   const bool observed = zelsysts::Observed();
   long position = observed ? std::ftell(file) : 0;
   // A line longer than the buffer comes in pieces; each piece counts as a line.
-  while (std::fgets(buffer, sizeof buffer, file) != nullptr) {
+  while (std::fgets(buffer, kLineBufferBytes, file) != nullptr) {
     if (lineNumber < INT_MAX) ++lineNumber;
     if (observed) position = ObserveLine(file, buffer, position, path, lineNumber);
     if (buffer[0] == '#') continue;                      // comment, first column only

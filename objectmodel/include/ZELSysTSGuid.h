@@ -69,12 +69,25 @@ constexpr int kLength = 38;
 // The positions of the four separators, dashes in the strict form.
 constexpr int kSeparators[4] = {9, 14, 19, 24};
 
+// Value of each byte as a hexadecimal digit, or -1: one load per digit, no branch.
+struct HexDigitValues {
+  int8_t value[256];
+};
+constexpr HexDigitValues MakeHexDigitValues() {
+  HexDigitValues values{};
+  for (int c = 0; c < 256; ++c) {
+    values.value[c] = static_cast<int8_t>(c >= '0' && c <= '9'   ? c - '0'
+                                          : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                                          : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                                                 : -1);
+  }
+  return values;
+}
+inline constexpr HexDigitValues kHexDigitValues = MakeHexDigitValues();
+
 // Value of a hexadecimal digit, or -1 for any other byte.
 constexpr int HexValue(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
+  return kHexDigitValues.value[static_cast<unsigned char>(c)];
 }
 
 // Reads the 32 digit positions of a 38-character text into *guid. Returns the position of the

@@ -85,6 +85,25 @@ TEST(DictToolTest, CheckNamesEveryBrokenLineAndWithLoadEveryBrokenLibrary) {
   EXPECT_EQ(Find(unloaded, "library-not-loaded", a, 4), nullptr) << "loaded without --load";
 }
 
+// A comment longer than the reader's buffer whose tail is a live entry, and a NUL that cuts a
+// line: both pass the loader in silence.
+TEST(DictToolTest, CheckTellsALongLinesTailAndANulByte) {
+  zeltest::TempDir dir;
+  const std::string comment = "# " + std::string(2045, 'x');  // fills the 2047-byte buffer
+  const std::string d =
+      dir.Write("d.dicts", comment + "TailClass ITail zelimpl\n" +
+                               std::string("MtFoo IBar zelimpl\0 IMore zelimpl\n", 34));
+  const Output run = Tool("--json check " + dir.path());
+  ASSERT_TRUE(run.json.is_object()) << run.out;
+  const nlohmann::json* longLine = Find(run, "long-line", d, 2);
+  ASSERT_NE(longLine, nullptr) << run.out;
+  EXPECT_EQ((*longLine)["severity"], "error") << "its tail became an entry";
+  const nlohmann::json* nul = Find(run, "nul-byte", d, 3);
+  ASSERT_NE(nul, nullptr) << run.out;
+  EXPECT_NE(nul->dump().find("MtFoo IBar zelimpl"), std::string::npos) << nul->dump();
+  EXPECT_EQ(run.status, 2);
+}
+
 TEST(DictToolTest, CheckExitsZeroOneOrTwoAndNeverHangsOnOddFiles) {
   const char* iid = "{1BA00001-2222-4000-9000-000000000000} IBar";
   const struct {
